@@ -1,0 +1,16 @@
+# tv_add_tests(<name> LABEL <label> SOURCES <files...> LIBS <targets...>)
+# One test executable per library; every case is registered with CTest
+# under the library's short label so that `ctest -L <label>` runs them.
+function(tv_add_tests name)
+  if(NOT TV_TESTS)
+    return()
+  endif()
+  cmake_parse_arguments(T "" "LABEL" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${T_SOURCES})
+  target_link_libraries(${name} PRIVATE ${T_LIBS} GTest::gtest GTest::gtest_main)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  gtest_discover_tests(${name}
+    PROPERTIES LABELS ${T_LABEL}
+    DISCOVERY_MODE PRE_TEST
+    DISCOVERY_TIMEOUT 60)
+endfunction()
