@@ -1,0 +1,19 @@
+#include "LibCore/ptrarray/tvidentry.h"
+
+#include <ostream>
+
+TVIdEntry::TVIdEntry(const TVId& id, const std::string& text) : m_id(id), m_text(text)
+{
+}
+
+bool TVIdEntry::operator==(const TVIdEntry& other) const
+{
+    return m_id == other.m_id && m_text == other.m_text;
+}
+
+void TVIdEntry::dump(std::ostream& out, int indent) const
+{
+    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    out << pad << "TVIdEntry\n" << pad << "    m_text = " << m_text << '\n';
+    m_id.dump(out, indent + 1);
+}
