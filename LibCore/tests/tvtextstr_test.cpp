@@ -518,6 +518,14 @@ TEST_F(TextStrTest, StreamEscapesBothWays)
         {std::string("a\0b", 3), "ab"},
         {"", ""},
         {"\\n", "\\\\n"},
+        {std::string(1000, '\n'), [] {
+             std::string all;
+             for (int i = 0; i < 1000; ++i)
+                 all += "\\n";
+             return all;
+         }()},  // twice as long as the input
+        {std::string(40, 'p') + "\r" + std::string(40, 'q'),
+         std::string(40, 'p') + std::string(40, 'q')},
     };
     for (const Row& r : out)
         EXPECT_EQ(tv_stream_out(r.text), r.escaped) << ::testing::PrintToString(r.text);
@@ -539,14 +547,17 @@ TEST_F(TextStrTest, StreamInUndoesStreamOutForRandomText)
     const unsigned seed = 20240611;
     std::cout << "stream escape seed " << seed << "\n";
     std::mt19937 rng(seed);
-    // Mostly the bytes that matter to the escapes, then anything but CR and NUL.
+    // The bytes that matter to the escapes, at a density that varies by
+    // round (so both long plain runs and runs of escapes occur), then
+    // anything but CR and NUL.
     const char interesting[] = {'\\', '\n', 'n', '\\', 'x'};
     for (int round = 0; round < 2000; ++round) {
         std::string text;
-        size_t len = rng() % 64;
+        const size_t len = rng() % 300;
+        const unsigned density = rng() % 101;  // percent
         for (size_t i = 0; i < len; ++i) {
             char c;
-            if (rng() % 2 == 0)
+            if (rng() % 100 < density)
                 c = interesting[rng() % sizeof interesting];
             else
                 do

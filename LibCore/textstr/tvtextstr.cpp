@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -296,19 +297,29 @@ std::string tv_tolower(const std::string& text)
 
 void tv_tokenise(const std::string& text, char sep, std::vector<std::string>& tokens)
 {
-    tokens.clear();
+    // Reuse the strings already in tokens: a caller that tokenises line
+    // after line into one vector then allocates almost nothing.
+    size_t count = 0;
+    auto put = [&](const char* from, const char* to) {
+        if (count < tokens.size())
+            tokens[count].assign(from, to);
+        else
+            tokens.emplace_back(from, to);
+        ++count;
+    };
     const char* p = text.data();
     const char* end = p + text.size();
     while (p < end) {
         const char* hit = static_cast<const char*>(std::memchr(p, sep, static_cast<size_t>(end - p)));
         if (hit == nullptr) {
             // The last token has no separator behind it; it is non-empty here.
-            tokens.emplace_back(p, end);
+            put(p, end);
             break;
         }
-        tokens.emplace_back(p, hit);
+        put(p, hit);
         p = hit + 1;
     }
+    tokens.resize(count);
 }
 
 std::vector<std::string> tv_tokenise(const std::string& text, char sep)
@@ -713,26 +724,67 @@ const EscapeTable G_Escape;
 
 } // namespace
 
+namespace {
+
+// Non-zero if any byte of word is 0, LF, CR or backslash; the classic
+// "has a zero byte" test applied to word xor each of the four patterns.
+inline uint64_t has_special(uint64_t word)
+{
+    constexpr uint64_t ones = 0x0101010101010101ULL;
+    constexpr uint64_t highs = 0x8080808080808080ULL;
+    auto has_zero = [](uint64_t v) { return (v - ones) & ~v & highs; };
+    return has_zero(word) | has_zero(word ^ (ones * '\n')) | has_zero(word ^ (ones * '\r')) |
+           has_zero(word ^ (ones * '\\'));
+}
+
+} // namespace
+
 std::string tv_stream_out(const std::string& text)
 {
-    std::string out;
-    out.reserve(text.size() + text.size() / 16 + 8);
+    // Written straight into a buffer sized for the usual case (few escapes)
+    // and doubled when a run of escapes outgrows it. Plain text moves eight
+    // bytes at a time; a word holding a special byte goes byte by byte.
     const char* p = text.data();
-    const char* end = p + text.size();
+    const char* const end = p + text.size();
+    std::string out;
+    out.resize(text.size() + text.size() / 8 + 16);
+    char* base = &out[0];
+    char* o = base;
+    char* limit = base + out.size();
     while (p < end) {
-        const char* run = p;
-        while (p < end && !G_Escape.special[static_cast<unsigned char>(*p)])
-            ++p;
-        out.append(run, static_cast<size_t>(p - run));
-        if (p == end)
-            break;
-        switch (*p) {
-        case '\n': out.append("\\n", 2); break;
-        case '\\': out.append("\\\\", 2); break;
-        default: break;  // CR and NUL are dropped
+        if (limit - o < 16) {  // room for eight bytes that all double
+            size_t used = static_cast<size_t>(o - base);
+            out.resize(out.size() * 2);
+            base = &out[0];
+            o = base + used;
+            limit = base + out.size();
         }
-        ++p;
+        const size_t chunk = std::min<size_t>(static_cast<size_t>(end - p), 8);
+        if (chunk == 8) {
+            uint64_t word;
+            std::memcpy(&word, p, 8);
+            if (!has_special(word)) {
+                std::memcpy(o, p, 8);
+                o += 8;
+                p += 8;
+                continue;
+            }
+        }
+        for (const char* stop = p + chunk; p < stop; ++p) {
+            const char c = *p;
+            if (!G_Escape.special[static_cast<unsigned char>(c)]) {
+                *o++ = c;
+            } else if (c == '\n') {
+                *o++ = '\\';
+                *o++ = 'n';
+            } else if (c == '\\') {
+                *o++ = '\\';
+                *o++ = '\\';
+            }
+            // CR and NUL are dropped.
+        }
     }
+    out.resize(static_cast<size_t>(o - base));
     return out;
 }
 
