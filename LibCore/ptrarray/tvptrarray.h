@@ -68,7 +68,7 @@ public:
 
     // Inserts before index (0 .. size); a bad index raises and, for an
     // owning array, deletes item so that it doesn't leak.
-    int insert(int index, T* item)
+    [[nodiscard]] int insert(int index, T* item)
     {
         if (index < 0 || index > size()) {
             if (m_owns)
@@ -110,7 +110,7 @@ public:
     }
 
     // Takes the element out and deletes it if the array owns it.
-    int erase(int index)
+    [[nodiscard]] int erase(int index)
     {
         if (index < 0 || index >= size())
             return bounds_error(index, __LINE__);

@@ -108,7 +108,7 @@ public:
         int pos = m_array.index_of(it->second);
         m_index.erase(it);
         if (pos >= 0)
-            m_array.erase(pos);
+            (void)m_array.erase(pos);  // pos is in range
         return true;
     }
 

@@ -52,7 +52,7 @@ int tv_find_in_vector(const std::string& text, const std::vector<std::string>& l
 
 // Copies at most length - 1 bytes of source into the buffer target of length
 // bytes and always terminates it. Gives TVErrC_ok.
-int tv_copy_string(const char* source, char* target, int length);
+[[nodiscard]] int tv_copy_string(const char* source, char* target, int length);
 
 std::string tv_tolower(const std::string& text);
 
@@ -118,7 +118,8 @@ bool tv_string_to_bool(const std::string& text, bool defaultValue = false);
 
 // In place, in this order: tabs -> blank; delete CR and LF; strip leading
 // blank/tab/LF (not CR); strip trailing blank/tab/LF/CR.
-int tv_elim_whitespace(char* text, bool tabs, bool lines, bool leading, bool trailing);
+[[nodiscard]] int tv_elim_whitespace(char* text, bool tabs, bool lines, bool leading,
+                                 bool trailing);
 void tv_elim_whitespace(std::string& text, bool tabs, bool lines, bool leading, bool trailing);
 
 // A copy: tabs -> blank; CR and LF -> blank; then the same stripping as

@@ -9,10 +9,6 @@
 
 const TVId TVId::C_Empty;
 
-TVId::TVId(int id, int seq, int group) : m_id(id), m_seq(seq), m_group(group)
-{
-}
-
 void TVId::set_defaults(bool)
 {
     m_id = -1;

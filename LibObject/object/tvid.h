@@ -15,10 +15,12 @@
 class TVId
 {
 public:
+    // Constant-initialised (the constructors are constexpr), so other
+    // files' static initialisers may use it.
     static const TVId C_Empty;
 
-    TVId() = default;
-    TVId(int id, int seq, int group);
+    constexpr TVId() = default;
+    constexpr TVId(int id, int seq, int group) : m_id(id), m_seq(seq), m_group(group) {}
     virtual ~TVId() = default;
 
     TVId(const TVId&) = default;
