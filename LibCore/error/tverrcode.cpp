@@ -1,0 +1,26 @@
+#include "LibCore/error/tverrcode.h"
+
+#include <algorithm>
+
+TVErrCode::TVErrCode() : code(-1) {}
+
+TVErrCode::TVErrCode(int c, const std::string& n, const std::string& d)
+    : code(c), name(n), description(d)
+{
+}
+
+TVErrCode::~TVErrCode() = default;
+
+void TVErrCode::print(FILE* out, int indent) const
+{
+    std::string pad(static_cast<size_t>(std::clamp(indent, 0, 100)) * 4, ' ');
+    std::fprintf(out, "%sTVErrCode Object:\n", pad.c_str());
+    std::fprintf(out, "%s code = %d\n", pad.c_str(), code);
+    std::fprintf(out, "%s name = %s\n", pad.c_str(), name.c_str());
+    std::fprintf(out, "%s description = %s\n", pad.c_str(), description.c_str());
+}
+
+bool TVErrCode::operator==(const TVErrCode& other) const
+{
+    return code == other.code && name == other.name && description == other.description;
+}

@@ -1,0 +1,28 @@
+#include "LibCore/error/tverrhandlerstream.h"
+
+#include <ostream>
+#include <string>
+
+#include "LibCore/error/tverror.h"
+
+TVErrHandlerStream::TVErrHandlerStream(std::ostream& stream, bool immediate, bool intermediate,
+                                       bool delayed, bool manageDeletion)
+    : TVErrHandler(immediate, intermediate, delayed, manageDeletion), m_stream(stream)
+{
+}
+
+TVErrHandlerStream::~TVErrHandlerStream() = default;
+
+int TVErrHandlerStream::handle(TVErrDetails& details)
+{
+    m_stream << details.get_details(TVAspectUser) << "\n";
+    m_stream.flush();
+    return details.get_value();
+}
+
+void TVErrHandlerStream::dump(std::ostream& out, int indent) const
+{
+    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    out << pad << "TVErrHandlerStream Object:\n";
+    dump_flags(out, indent);
+}
