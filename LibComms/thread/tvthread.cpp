@@ -9,6 +9,7 @@
 #include "LibComms/thread/tvtsan_p.h"
 #include "LibCore/error/tverrdetails.h"
 #include "LibCore/error/tverror.h"
+#include "LibCore/log/tvdebug.h"
 
 int TVThread::TVErrC_ThreadStart = tv_builtin_code("TVThread::TVErrC_ThreadStart");
 
@@ -59,7 +60,8 @@ void TVThread::set_defaults(bool constructing)
 
 int TVThread::start_thread(E_ThreadPriority priority)
 {
-    // TVDebug learns to tell threads apart by thread_id here once it exists.
+    // Set before the worker can trace, so its frames land in its own record.
+    tvdebug()->set_thread_fn(&TVThread::thread_id);
     if (isRunning())
         return TVErrC_ok;
     {

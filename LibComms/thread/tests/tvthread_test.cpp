@@ -16,6 +16,8 @@
 #include "LibComms/thread/tests/tvtestflag.h"
 #include "LibComms/thread/tvcondvar.h"
 #include "LibCore/error/tverror.h"
+#include "LibCore/log/tvdebug.h"
+#include "LibCore/log/tvdebugscope.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 // A thread ended by terminate() is unwound without AddressSanitizer seeing
@@ -276,4 +278,24 @@ TEST_F(ThreadTest, DestroyingRunningThreadCutsItOff)
     ASSERT_EQ(worker->run_function(as_object(probe), spin_until_cut_off), TVErrC_ok);
     ASSERT_TRUE(probe.started.wait());
     worker.reset();
+}
+
+TEST_F(ThreadTest, FrameEnteredOnWorkerLandsInWorkersOwnRecord)
+{
+    TVDebug::release();
+    tvdebug()->set_log_stream(nullptr);
+    std::atomic<int> workerId{-1};
+    BodyThread worker([&](BodyThread&) {
+        workerId = TVThread::thread_id();
+        TVDebugScope scope("worker_body", true, false, true);
+        return TVErrC_ok;
+    });
+    EXPECT_EQ(run_to_end(worker), TVErrC_ok);
+
+    const TVDebug* own = tvdebug()->find_record(workerId);
+    ASSERT_NE(own, nullptr);
+    ASSERT_EQ(own->get_finished().size(), 1u);
+    EXPECT_EQ(own->get_finished()[0].get_name(), "worker_body");
+    EXPECT_TRUE(tvdebug()->get_finished().empty()) << "the main thread's record stays empty";
+    TVDebug::release();
 }
