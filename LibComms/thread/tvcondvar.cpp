@@ -3,7 +3,7 @@
 #include <climits>
 #include <ostream>
 
-#include "LibComms/thread/tvdumpindent_p.h"
+#include "LibCore/log/tvdump.h"
 
 TVCondVar::TVCondVar() = default;
 
@@ -40,7 +40,7 @@ void TVCondVar::send_signal()
 
 void TVCondVar::dump(std::ostream& out, int indent) const
 {
-    out << tv_dump_indent(indent) << "TVCondVar Object:\n";
+    out << TVDump::indent_string(indent) << "TVCondVar Object:\n";
 }
 
 std::ostream& operator<<(std::ostream& out, const TVCondVar& condVar)

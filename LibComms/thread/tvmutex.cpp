@@ -2,9 +2,9 @@
 
 #include <ostream>
 
-#include "LibComms/thread/tvdumpindent_p.h"
 #include "LibComms/thread/tvtsan_p.h"
 #include "LibCore/error/tverror.h"
+#include "LibCore/log/tvdump.h"
 
 TVMutex::TVMutex() : m_mutex(QMutex::NonRecursive)
 {
@@ -52,7 +52,7 @@ void TVMutex::dump(std::ostream& out, int indent) const
 {
     // Whether it is held can't be read without racing the holder, so a
     // mutex shows only that it is there.
-    out << tv_dump_indent(indent) << "TVMutex Object:\n";
+    out << TVDump::indent_string(indent) << "TVMutex Object:\n";
 }
 
 std::ostream& operator<<(std::ostream& out, const TVMutex& mutex)

@@ -2,8 +2,8 @@
 
 #include <ostream>
 
-#include "LibComms/thread/tvdumpindent_p.h"
 #include "LibComms/thread/tvmutex.h"
+#include "LibCore/log/tvdump.h"
 
 TVMutexLocker::TVMutexLocker() : m_mutex(nullptr), m_locked(false)
 {
@@ -47,7 +47,7 @@ void TVMutexLocker::release()
 
 void TVMutexLocker::dump(std::ostream& out, int indent) const
 {
-    const std::string pad = tv_dump_indent(indent);
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVMutexLocker Object:\n";
     out << pad << " has mutex = " << (m_mutex != nullptr) << "\n";
     out << pad << " locked = " << m_locked << "\n";

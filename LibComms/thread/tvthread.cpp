@@ -4,12 +4,12 @@
 #include <ostream>
 #include <string>
 
-#include "LibComms/thread/tvdumpindent_p.h"
 #include "LibComms/thread/tvmutexlocker.h"
 #include "LibComms/thread/tvtsan_p.h"
 #include "LibCore/error/tverrdetails.h"
 #include "LibCore/error/tverror.h"
 #include "LibCore/log/tvdebug.h"
+#include "LibCore/log/tvdump.h"
 
 int TVThread::TVErrC_ThreadStart = tv_builtin_code("TVThread::TVErrC_ThreadStart");
 
@@ -189,7 +189,7 @@ int TVThread::func()
 
 void TVThread::dump(std::ostream& out, int indent) const
 {
-    const std::string pad = tv_dump_indent(indent);
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVThread Object:\n";
     out << pad << " thread id = " << m_threadId << "\n";
     out << pad << " running = " << is_running() << "\n";

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "LibCore/log/tvdump.h"
+
 TVErrCode::TVErrCode() : code(-1) {}
 
 TVErrCode::TVErrCode(int c, const std::string& n, const std::string& d)
@@ -13,7 +15,7 @@ TVErrCode::~TVErrCode() = default;
 
 void TVErrCode::print(FILE* out, int indent) const
 {
-    std::string pad(static_cast<size_t>(std::clamp(indent, 0, 100)) * 4, ' ');
+    const std::string pad = TVDump::indent_string(std::clamp(indent, 0, 100));
     std::fprintf(out, "%sTVErrCode Object:\n", pad.c_str());
     std::fprintf(out, "%s code = %d\n", pad.c_str(), code);
     std::fprintf(out, "%s name = %s\n", pad.c_str(), name.c_str());

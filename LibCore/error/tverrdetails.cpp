@@ -3,15 +3,11 @@
 #include <ostream>
 
 #include "LibCore/error/tverror.h"
+#include "LibCore/log/tvdump.h"
 
 namespace {
 const int C_SeverityFactor = 100000;
 const int C_MaxValue = 5 * C_SeverityFactor - 1;
-
-std::string indent_text(int indent)
-{
-    return std::string(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
-}
 } // namespace
 
 TVErrDetails::TVErrDetails()
@@ -90,7 +86,7 @@ TVErrDetails& TVErrDetails::operator+=(const TVErrDetails& other)
 
 void TVErrDetails::dump(std::ostream& out, int indent) const
 {
-    const std::string pad = indent_text(indent);
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVErrDetails Object:\n";
     out << pad << " code = " << m_code << "\n";
     out << pad << " severity = " << m_severity << "\n";

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "LibCore/error/tverror.h"
+#include "LibCore/log/tvdump.h"
 
 TVErrHandler::TVErrHandler()
 {
@@ -49,7 +50,7 @@ int TVErrHandler::log(TVErrDetails& /*details*/)
 
 void TVErrHandler::dump_flags(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << " enable = " << m_enable << "\n";
     out << pad << " triggerImmediate = " << m_triggerImmediate << "\n";
     out << pad << " triggerIntermediate = " << m_triggerIntermediate << "\n";
@@ -59,7 +60,7 @@ void TVErrHandler::dump_flags(std::ostream& out, int indent) const
 
 void TVErrHandler::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVErrHandler Object:\n";
     dump_flags(out, indent);
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "LibCore/error/tverror.h"
+#include "LibCore/log/tvdump.h"
 
 const char* const TVErrHandlerLogfile::C_Separator = "==================";
 
@@ -65,7 +66,7 @@ int TVErrHandlerLogfile::log(TVErrDetails& details)
 
 void TVErrHandlerLogfile::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVErrHandlerLogfile Object:\n";
     dump_flags(out, indent);
     out << pad << " logName = " << m_logName << "\n";

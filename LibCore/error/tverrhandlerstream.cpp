@@ -4,6 +4,7 @@
 #include <string>
 
 #include "LibCore/error/tverror.h"
+#include "LibCore/log/tvdump.h"
 
 TVErrHandlerStream::TVErrHandlerStream(std::ostream& stream, bool immediate, bool intermediate,
                                        bool delayed, bool manageDeletion)
@@ -22,7 +23,7 @@ int TVErrHandlerStream::handle(TVErrDetails& details)
 
 void TVErrHandlerStream::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVErrHandlerStream Object:\n";
     dump_flags(out, indent);
 }

@@ -7,6 +7,7 @@
 #include <iostream>
 
 #include "LibCore/error/tverrhandler.h"
+#include "LibCore/log/tvdump.h"
 #include "LibCore/textstr/tvscopeguard.h"
 #include "LibCore/textstr/tvtextstr.h"
 
@@ -527,7 +528,7 @@ bool TVError::handle_last_error(int value)
 
 void TVError::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVError Object:\n";
     out << pad << " program = " << d->m_program << "\n";
     out << pad << " release = " << d->m_release << "\n";

@@ -5,13 +5,14 @@
 #include <string>
 
 #include "LibCore/error/tverror.h"
+#include "LibCore/log/tvdump.h"
 
 TVErrorBase::TVErrorBase() = default;
 TVErrorBase::~TVErrorBase() = default;
 
 void TVErrorBase::dump(std::ostream& out, int indent) const
 {
-    out << std::string(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ') << "TVErrorBase Object:\n";
+    out << TVDump::indent_string(indent) << "TVErrorBase Object:\n";
 }
 
 int TVErrorBase::on_error(int value)
