@@ -1,0 +1,139 @@
+#include "LibCore/fileutils/tvfilefaults.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "LibCore/fileutils/tvfile.h"
+#include "LibCore/fileutils/tvfileutils.h"
+#include "LibCore/tests/tvfiletest.h"
+
+namespace {
+
+using Op = TVFileFaults::E_FileOp;
+
+// Each case injects one failure and asserts what survives on the disk.
+class FileFaultTest : public TVFileTest
+{
+protected:
+    // A hook that fails every op of that kind.
+    static TVFileFaults::FailFn fail_all(Op op)
+    {
+        return [op](Op asked, const std::string&, const std::string&) { return asked == op; };
+    }
+    std::string io_error(const std::string& name) const
+    {
+        return name + " (error " + std::to_string(EIO) + " - " + std::strerror(EIO) + ")";
+    }
+};
+
+TEST_F(FileFaultTest, FailedRenameOrCopyChangesNothing)
+{
+    write("from", "new");
+    write("to", "old");
+    for (bool copy : {false, true}) {
+        TVFileFaults faults(fail_all(copy ? TVFileFaults::E_OpCopy : TVFileFaults::E_OpRename));
+        const TVFileOutcome o = outcome([&] {
+            return copy ? tv_copy_file(path("from"), path("fresh"), false, false)
+                        : tv_rename_file(path("from"), path("fresh"), false, false);
+        });
+        EXPECT_EQ(o.code, TVErrC_FileRename);
+        const std::string verb = copy ? "copy " : "rename ";
+        EXPECT_EQ(o.text, "Could not " + verb + path("from") + " to " + path("fresh"));
+        EXPECT_EQ(read("from"), "new");
+        EXPECT_FALSE(there("fresh")); // no part of a copy left behind
+    }
+}
+
+TEST_F(FileFaultTest, FailedRenameAfterOverwriteKeepsTheSource)
+{
+    // The old target is already gone when the move fails; the source is the
+    // copy that must survive.
+    write("from", "new");
+    write("to", "old");
+    TVFileFaults faults(fail_all(TVFileFaults::E_OpRename));
+    EXPECT_EQ(outcome([&] { return tv_rename_file(path("from"), path("to"), false, true); }).code,
+              TVErrC_FileRename);
+    EXPECT_EQ(read("from"), "new");
+    EXPECT_FALSE(there("to"));
+}
+
+TEST_F(FileFaultTest, FailedDeleteStopsTheOverwrite)
+{
+    write("from", "new");
+    write("to", "old");
+    TVFileFaults faults(fail_all(TVFileFaults::E_OpDelete));
+    const TVFileOutcome o =
+        outcome([&] { return tv_rename_file(path("from"), path("to"), false, true); });
+    EXPECT_EQ(o.code, TVErrC_FileDelete);
+    EXPECT_EQ(o.text, "Could not delete " + io_error(path("to")));
+    EXPECT_EQ(read("from"), "new");
+    EXPECT_EQ(read("to"), "old");
+}
+
+TEST_F(FileFaultTest, EachInjectedFailureNamesItsPath)
+{
+    write("f", "x");
+    make_dir("d");
+    struct Row {
+        Op op;
+        std::function<int()> call;
+        int code;
+        std::string text;
+    };
+    const Row rows[] = {
+        {TVFileFaults::E_OpCreateDir, [&] { return tv_create_dir(path("n/m"), true); },
+         TVErrC_FileCreate, "Could not create " + path("n/m")},
+        {TVFileFaults::E_OpSync, [&] { return tv_sync_file(path("f")); }, TVErrC_FileWrite,
+         "Could not sync " + io_error(path("f"))},
+        {TVFileFaults::E_OpSync, [&] { return tv_sync_dir(path("d")); }, TVErrC_FileWrite,
+         "Could not sync " + io_error(path("d"))},
+        {TVFileFaults::E_OpWrite,
+         [&] {
+             TVFile file(path("f"));
+             return file.set_times(TVDate(), TVDateUtils::now());
+         },
+         TVErrC_FileWrite, "Could not set the times of " + io_error(path("f"))},
+        {TVFileFaults::E_OpRead, [&] { return tv_file_compare(path("f"), path("f")) ? 1 : 0; },
+         TVErrC_FileOpen, "tv_file_compare: Could not open " + path("f") + " for reading."},
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.text);
+        TVFileFaults faults(fail_all(r.op));
+        const TVFileOutcome o = outcome(r.call);
+        EXPECT_TRUE(o.thrown);
+        EXPECT_EQ(o.code, r.code);
+        EXPECT_EQ(o.text, r.text);
+    }
+    EXPECT_FALSE(there("n"));
+    TVFileFaults faults(fail_all(TVFileFaults::E_OpWrite));
+    EXPECT_FALSE(tv_dir_writable(path("d")));
+}
+
+TEST_F(FileFaultTest, HookSeesBothPathsAndScopesNest)
+{
+    write("a", "x");
+    std::vector<std::string> seen;
+    {
+        TVFileFaults outer(fail_all(TVFileFaults::E_OpDelete));
+        {
+            TVFileFaults inner([&](Op op, const std::string& from, const std::string& to) {
+                seen.push_back(std::to_string(op) + " " + from + " " + to);
+                return false;
+            });
+            EXPECT_EQ(tv_rename_file(path("a"), path("b"), false, false), TVErrC_ok);
+            EXPECT_EQ(tv_delete_file(path("b"), true), TVErrC_ok); // outer is hidden
+        }
+        write("c", "x");
+        EXPECT_EQ(outcome([&] { return tv_delete_file(path("c"), true); }).code, TVErrC_FileDelete);
+    }
+    const std::string rename = std::to_string(TVFileFaults::E_OpRename);
+    const std::string remove = std::to_string(TVFileFaults::E_OpDelete);
+    EXPECT_EQ(seen, (std::vector<std::string>{rename + " " + path("a") + " " + path("b"),
+                                              remove + " " + path("b") + " "}));
+    EXPECT_EQ(tv_delete_file(path("c"), true), TVErrC_ok); // no hook left
+}
+
+} // namespace
