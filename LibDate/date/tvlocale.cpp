@@ -5,7 +5,10 @@
 #include <cstdlib>
 #include <ctime>
 #include <ostream>
+#include <utility>
 
+#include "LibCore/error/tverror.h"
+#include "LibCore/param/tvparam.h"
 #include "LibCore/textstr/tvtextstr.h"
 #include "LibDate/date/tvdate.h"
 #include "LibDate/date/tvdateutils.h"
@@ -619,6 +622,75 @@ std::string TVLocale::toConfig(const std::string& value)
 std::string TVLocale::fromConfig(const std::string& value)
 {
     return value == C_Space ? std::string(" ") : value;
+}
+
+namespace {
+
+// The stored value of key, if the user's file holds one at all: an empty
+// currency is a choice, not a missing key.
+bool config_value(const char* key, std::string& value)
+{
+    if (!TVParam::has_object() || tvparam()->get_nvalues(key) == 0)
+        return false;
+    value = TVLocale::fromConfig(tvparam()->get_system_value(key));
+    return true;
+}
+
+} // namespace
+
+int TVLocale::read_config()
+{
+    std::string value;
+    if (config_value(C_SysFirstDay, value) && !value.empty())
+        set_firstday(tv_string_to_int(value));
+    if (config_value(C_SysDayFormat, value) && !value.empty())
+        set_day_format(tv_string_to_int(value));
+    if (config_value(C_SysIs24Hours, value) && !value.empty())
+        set_24hour_clock(tv_string_to_bool(value));
+    if (config_value(C_SysDefaultLocale, value) && !value.empty())
+        set_defaultlocale(tv_string_to_bool(value));
+    if (config_value(C_SysTimezone, value))
+        set_timezone_str(value);
+    if (config_value(C_SysCurrency, value))
+        set_currency(value);
+    if (config_value(C_SysGroupSep, value))
+        set_group_separator(value);
+    if (config_value(C_SysDecimal, value))
+        set_decimal_separator(value);
+    if (config_value(C_SysLatLonFormat, value) && !value.empty())
+        set_latlon_format(tv_string_to_int(value));
+    if (config_value(C_SysAltUnits, value) && !value.empty())
+        set_alt_units(tv_string_to_bool(value));
+    return TVErrC_ok;
+}
+
+int TVLocale::write_config() const
+{
+    const std::pair<const char*, std::string> entries[] = {
+        {C_SysFirstDay, tv_int_to_string(get_firstday())},
+        {C_SysDayFormat, tv_int_to_string(get_format_number())},
+        {C_SysIs24Hours, tv_bool_to_string(is_24hour_clock())},
+        {C_SysDefaultLocale, tv_bool_to_string(get_defaultlocale())},
+        {C_SysTimezone, get_timezone_str()},
+        {C_SysCurrency, toConfig(get_currency())},
+        {C_SysGroupSep, toConfig(get_group_separator())},
+        {C_SysDecimal, toConfig(get_decimal_separator())},
+        {C_SysLatLonFormat, tv_int_to_string(get_latlon_format())},
+        {C_SysAltUnits, tv_bool_to_string(get_alt_units())},
+    };
+    try {
+        for (const auto& entry : entries) {
+            const int result = tvparam()->set_system_value(entry.first, entry.second);
+            if (istvwarn(result)) {
+                tvsysinfo_append(TVLOCATION, "");
+                return tverrorvalue();
+            }
+        }
+    } catch (TVErrDetails&) {
+        tvsysinfo_append(TVLOCATION, "");
+        throw TVErrDetails(*get_tverror()->error_details());
+    }
+    return TVErrC_ok;
 }
 
 void TVLocale::dump(std::ostream& out, int indent) const

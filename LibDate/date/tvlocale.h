@@ -168,6 +168,13 @@ public:
     static std::string toConfig(const std::string& value);
     static std::string fromConfig(const std::string& value);
 
+    // Takes the fields from the system values of tvparam() (the C_Sys...
+    // keys). A key the file doesn't hold leaves its field as it is, so a
+    // first start keeps the defaults. Never fails; gives TVErrC_ok.
+    int read_config();
+    // Stores every field under its key in the user's configuration file.
+    [[nodiscard]] int write_config() const;
+
     void dump(std::ostream& out, int indent) const;
 
 private:
