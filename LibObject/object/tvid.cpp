@@ -2,6 +2,7 @@
 
 #include "LibCore/textstr/tvtextstr.h"
 
+#include <QLine>
 #include <istream>
 #include <ostream>
 #include <tuple>
@@ -67,6 +68,16 @@ TVId TVId::from_string(const std::string& text)
     if (parts.size() > 2)
         out.m_group = tv_string_to_int(parts[2], -1);
     return out;
+}
+
+QLine TVId::to_qline() const
+{
+    return QLine(m_id, m_seq, m_group, 0);
+}
+
+void TVId::from_qline(const QLine& line)
+{
+    set(line.x1(), line.y1(), line.x2());
 }
 
 void TVId::dump(std::ostream& out, int indent) const

@@ -12,6 +12,8 @@
 #include <iosfwd>
 #include <string>
 
+class QLine;
+
 class TVId
 {
 public:
@@ -50,6 +52,11 @@ public:
     // Starts from the empty id and fills as many parts as "/"-separated
     // tokens are present, so "7/" gives 7/-1/-1/.
     static TVId from_string(const std::string& text);
+
+    // Packs the three parts into a QLine (x1 id, y1 seq, x2 group, y2 0) so
+    // that an id can ride in Qt item data. Callers include <QLine>.
+    QLine to_qline() const;
+    void from_qline(const QLine& line);
 
     void dump(std::ostream& out, int indent) const;
 
