@@ -1,0 +1,821 @@
+#include "LibObject/object/tvobject.h"
+
+#include "LibCore/textstr/tvtextstr.h"
+#include "LibObject/object/tvconnection.h"
+#include "LibObject/object/tvconnectiondata.h"
+#include "LibObject/object/tvobjectindex.h"
+#include "LibObject/object/tvserialform.h"
+#include "LibObject/object/tvsignalint.h"
+#include "LibObject/object/tvsignalobject.h"
+#include "LibObject/object/tvsignalvoid.h"
+#include "LibObject/object/tvsrl.h"
+#include "LibObject/object/tvsrlstringmaparray.h"
+#include "LibObject/object/tvtrail.h"
+
+#include <algorithm>
+#include <istream>
+#include <ostream>
+#include <sstream>
+
+using namespace TVSerialForm;
+
+int TVObject::TVErrC_ObjectFuncNotRegistered =
+    tv_builtin_code("TVObject::TVErrC_ObjectFuncNotRegistered");
+int TVObject::TVErrC_ObjectUnknown = tv_builtin_code("TVObject::TVErrC_ObjectUnknown");
+int TVObject::TVErrC_ObjectNotRegistered = tv_builtin_code("TVObject::TVErrC_ObjectNotRegistered");
+
+const std::string TVObject::C_EmptyString;
+
+bool G_PurgeUnhandled = false;
+
+namespace {
+
+using Entries = TVPtrArray<TVSerialisationEntry>;
+
+bool is_field(const TVSerialisationEntry& entry)
+{
+    return entry.get_entrytype() == TVSerialisationEntry::E_TaggedField;
+}
+
+bool is_class(const TVSerialisationEntry& entry)
+{
+    return entry.get_entrytype() == TVSerialisationEntry::E_TaggedClass;
+}
+
+// Hands each entry that match accepts to srl.read, removing it; only the
+// first unless the binder takes many. found tells whether any matched.
+template <class Match>
+int consume_entries(Entries& entries, TVSrl& srl, Match match, bool& found)
+{
+    found = false;
+    for (int i = 0; i < entries.size();) {
+        if (!match(*entries[i])) {
+            ++i;
+            continue;
+        }
+        std::istringstream text(entries[i]->get_value());
+        (void)entries.erase(i); // i is in range
+        found = true;
+        const int result = srl.read(text);
+        if (istvwarn(result))
+            return result;
+        if (!srl.handle_multiple())
+            break;
+    }
+    return TVErrC_ok;
+}
+
+// Deletes every entry that match accepts. A single-valued member calls it
+// after taking its entry: a later line of the same member would otherwise
+// be kept as unknown, written back, and, whenever the member sits at its
+// default and so is not written, be read as the member's value next time.
+template <class Match>
+void drop_entries(Entries& entries, Match match)
+{
+    for (int i = entries.size(); i-- > 0;)
+        if (match(*entries[i]))
+            (void)entries.erase(i);
+}
+
+// Moves the value of every entry with tag, of any kind, to add.
+template <class Add>
+void move_tagged_values(Entries& entries, const std::string& tag, Add add)
+{
+    for (int i = 0; i < entries.size();) {
+        if (entries[i]->get_tag() != tag) {
+            ++i;
+            continue;
+        }
+        add(entries[i]->get_value());
+        (void)entries.erase(i);
+    }
+}
+
+int check_written(const std::ostream& out, const std::string& location)
+{
+    if (out)
+        return TVErrC_ok;
+    return tvwarning(TVErrC_FileWrite, location, "Write operation failed.");
+}
+
+} // namespace
+
+// ---- Life ----------------------------------------------------------------------
+
+TVObject::TVObject() : m_serEntries(true), m_classId(-1)
+{
+}
+
+TVObject::TVObject(const TVObject& other)
+    : m_serEntries(other.m_serEntries), m_classId(other.m_classId)
+{
+    if (other.m_connections != nullptr)
+        m_connections = std::make_unique<TVConnectionData>(*other.m_connections, *this);
+}
+
+TVObject& TVObject::operator=(const TVObject& other)
+{
+    if (this == &other)
+        return *this;
+    m_classId = other.m_classId;
+    m_serEntries = other.m_serEntries;
+    m_connections.reset();
+    if (other.m_connections != nullptr)
+        m_connections = std::make_unique<TVConnectionData>(*other.m_connections, *this);
+    return *this;
+}
+
+TVObject::~TVObject()
+{
+    // The table reaches into the objects this one is connected with; do it
+    // while this object is still whole.
+    m_connections.reset();
+}
+
+void TVObject::dump(std::ostream& out, int indent) const
+{
+    const std::string pad(static_cast<size_t>(std::clamp(indent, 0, 100)) * 4, ' ');
+    out << pad << "TVObject\n"
+        << pad << "    m_classId = " << m_classId << " (" << get_class_name() << ")\n"
+        << pad << "    Read Entries\n";
+    for (const TVSerialisationEntry* entry : m_serEntries)
+        entry->dump(out, indent + 2);
+    if (m_connections != nullptr)
+        m_connections->dump(out, indent + 1);
+}
+
+int TVObject::serialise(std::istream*, std::ostream*, const std::string&, int)
+{
+    return TVErrC_ok;
+}
+
+void TVObject::register_tvobject()
+{
+}
+
+bool TVObject::operator==(const TVObject& other) const
+{
+    if (m_classId != other.m_classId || m_serEntries.size() != other.m_serEntries.size())
+        return false;
+    for (int i = 0; i < m_serEntries.size(); ++i)
+        if (!(*m_serEntries[i] == *other.m_serEntries[i]))
+            return false;
+    return m_connections == other.m_connections;
+}
+
+void TVObject::set_defaults(bool)
+{
+    m_serEntries.clear();
+}
+
+// ---- The class index -----------------------------------------------------------
+
+void TVObject::register_objectname(const std::string& name, TVObjectCreateFn createFn)
+{
+    int id = -1;
+    tvclassindex()->append(name, createFn, id);
+    m_classId = id;
+}
+
+int TVObject::get_id_from_name(const std::string& name)
+{
+    const TVObjectIndexEntry* entry = tvclassindex()->find_name(name);
+    return entry == nullptr ? -1 : entry->get_id();
+}
+
+const std::string& TVObject::get_class_name() const
+{
+    const TVObjectIndexEntry* entry = tvclassindex()->find_id(m_classId);
+    return entry == nullptr ? C_EmptyString : entry->get_name();
+}
+
+int TVObject::get_class_index_entry(const std::string& name, const TVObjectIndexEntry*& out) const
+{
+    out = nullptr;
+    if (!name.empty()) {
+        out = tvclassindex()->find_name(name);
+        if (out == nullptr)
+            return tverror(TVErrC_ObjectNotRegistered, TVLOCATION, "Object %s not in class index",
+                           name.c_str());
+        return TVErrC_ok;
+    }
+    if (m_classId < 0)
+        return tverror(TVErrC_ObjectNotRegistered, TVLOCATION, "Object has invalid id %d", m_classId);
+    out = tvclassindex()->find_id(m_classId);
+    if (out == nullptr)
+        return tverror(TVErrC_ObjectNotRegistered, TVLOCATION, "Object %d not in class index",
+                       m_classId);
+    return TVErrC_ok;
+}
+
+TVObject* TVObject::clone_class() const
+{
+    // Callers test for null, so the faults here are warnings.
+    if (m_classId < 0) {
+        tvwarning(TVErrC_ObjectNotRegistered, TVLOCATION, "Object has invalid id %d", m_classId);
+        return nullptr;
+    }
+    const TVObjectIndexEntry* entry = tvclassindex()->find_id(m_classId);
+    if (entry == nullptr) {
+        tvwarning(TVErrC_ObjectNotRegistered, TVLOCATION, "Object %d not in class index", m_classId);
+        return nullptr;
+    }
+    if (entry->get_create_fn() == nullptr) {
+        tvwarning(TVErrC_ObjectFuncNotRegistered, TVLOCATION, "Object %d has no cloner.", m_classId);
+        return nullptr;
+    }
+    try {
+        TVObject* copy = nullptr;
+        const int result = entry->get_create_fn()(copy, this);
+        if (istvwarn(result)) {
+            delete copy;
+            tv_trail_return(result, TVLOCATION);
+            return nullptr;
+        }
+        if (copy == nullptr)
+            tvwarning(TVErrC_ObjectFuncNotRegistered, TVLOCATION, "Create function failed for %d",
+                      m_classId);
+        return copy;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::derived_assign(const TVObject& source, int version)
+{
+    try {
+        std::stringstream text;
+        int result = source.write_class(text, version);
+        if (!istvwarn(result))
+            result = read_class(text, version);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+bool TVObject::derived_compare(const TVObject& other, int version) const
+{
+    std::string mine;
+    std::string theirs;
+    try {
+        if (istvwarn(object_to_string(mine, version)) || istvwarn(other.object_to_string(theirs, version))) {
+            tvsysinfo_append(TVLOCATION, "");
+            return false;
+        }
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+    return mine == theirs;
+}
+
+int TVObject::object_to_string(std::string& out, int version) const
+{
+    try {
+        std::ostringstream text;
+        const int result = write_class(text, version);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        out = text.str();
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::object_from_string(const std::string& text, int version)
+{
+    try {
+        std::istringstream in(text);
+        const int result = read_class(in, version);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::object_from_string(const std::string& text, TVObject*& out, int version)
+{
+    try {
+        std::istringstream in(text);
+        const int result = read_class(in, out, version);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// ---- Read entries --------------------------------------------------------------
+
+const TVSerialisationEntry* TVObject::get_serentry(int index) const
+{
+    if (index < 0 || index >= m_serEntries.size())
+        return nullptr;
+    return m_serEntries[index];
+}
+
+int TVObject::remove_serentry(int index)
+{
+    return m_serEntries.erase(index);
+}
+
+void TVObject::set_purge_unhandled(bool purge)
+{
+    G_PurgeUnhandled = purge;
+}
+
+// ---- Streams -------------------------------------------------------------------
+
+int TVObject::write_class(std::ostream& out, int version) const
+{
+    try {
+        const TVObjectIndexEntry* entry = nullptr;
+        int result = get_class_index_entry(C_EmptyString, entry);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        if (entry == nullptr)
+            return TVErrC_ok;
+        out << C_ClassStart << entry->get_name() << '\n';
+        out.flush();
+        result = check_written(out, TVLOCATION);
+        if (istvwarn(result))
+            return result;
+        // serialise is one body for both directions; writing changes nothing.
+        result = const_cast<TVObject*>(this)->serialise(nullptr, &out, C_EmptyString, version);
+        if (!istvwarn(result) && !G_PurgeUnhandled)
+            result = write_unhandled_data(version, out);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        out << C_ClassEnd << '\n';
+        out.flush();
+        return check_written(out, TVLOCATION);
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::read_class(std::istream& in, int version)
+{
+    try {
+        const int result = read_class(in, nullptr, this, version);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::read_class(std::istream& in, TVObject*& out, int version)
+{
+    try {
+        const int result = read_class(in, &out, nullptr, version);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::read_class(std::istream& in, TVObject** outClass, TVObject* inClass, int version)
+{
+    if (outClass != nullptr && inClass != nullptr)
+        return tverror(TVErrC_NullPointer, TVLOCATION, "Both inClass and outClass were supplied.");
+    if (outClass == nullptr && inClass == nullptr)
+        return tverror(TVErrC_NullPointer, TVLOCATION, "Both inClass and outClass were nullptr.");
+    if (outClass != nullptr)
+        *outClass = nullptr;
+    try {
+        // Whatever stands before the class start is passed over.
+        std::string line;
+        for (;;) {
+            if (!std::getline(in, line))
+                return TVErrC_okEndOfFile;
+            strip_line_ends(line);
+            if (line.size() >= 2 && line[0] == C_ClassStart)
+                break;
+        }
+        const std::string name = line.substr(1);
+        const TVObjectIndexEntry* entry = tvclassindex()->find_name(name);
+        if (entry == nullptr)
+            return tvwarning(TVErrC_ObjectUnknown, TVLOCATION, "Could not identify object %s",
+                             name.c_str());
+        if (entry->get_create_fn() == nullptr)
+            return tvwarning(TVErrC_ObjectFuncNotRegistered, TVLOCATION,
+                             "No create function for %s", name.c_str());
+
+        std::unique_ptr<TVObject> made;
+        TVObject* target = inClass;
+        if (outClass != nullptr) {
+            TVObject* created = nullptr;
+            const int result = entry->get_create_fn()(created, nullptr);
+            made.reset(created);
+            if (istvwarn(result))
+                return tv_trail_return(result, TVLOCATION);
+            if (made == nullptr)
+                return tvwarning(TVErrC_ObjectFuncNotRegistered, TVLOCATION,
+                                 "Create function failed for %s", name.c_str());
+            target = made.get();
+        }
+
+        target->clear_unhandled_data();
+        int result = target->read_class_entries(in);
+        if (!istvwarn(result))
+            result = target->serialise(&in, nullptr, C_EmptyString, version);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        if (outClass != nullptr)
+            *outClass = made.release();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::read_class_entries(std::istream& in)
+{
+    m_serEntries.clear();
+    try {
+        for (;;) {
+            auto entry = std::make_unique<TVSerialisationEntry>();
+            const int result = entry->read_entry(in);
+            if (result == TVErrC_okEndOfRecord)
+                return TVErrC_ok;
+            if (istvwarn(result))
+                return tv_trail_return(result, TVLOCATION);
+            m_serEntries.add(entry.release());
+        }
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::write_unhandled_data(int, std::ostream& out) const
+{
+    try {
+        for (const TVSerialisationEntry* entry : m_serEntries) {
+            const int result = entry->write_entry(out);
+            if (istvwarn(result))
+                return tv_trail_return(result, TVLOCATION);
+        }
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// ---- Helpers for serialise bodies ----------------------------------------------
+
+int TVObject::serialise_value(std::istream* in, std::ostream* out, const std::string& prefix,
+                              const std::string& tag, TVSrl& srl, bool matchSuffix)
+{
+    const std::string ctag = make_ctag(prefix, tag);
+    try {
+        if (out != nullptr) {
+            const int count = srl.get_nentries();
+            for (int i = 0; i < count; ++i) {
+                if (srl.is_default())
+                    continue;
+                std::ostringstream text;
+                int result = srl.write(text, i);
+                // Escaped here and again as part of the line; only the line's
+                // escape is undone before read() sees the text.
+                if (!istvwarn(result))
+                    result = TVSerialisationEntry::write_tagged_field(ctag, tv_stream_out(text.str()),
+                                                                      *out);
+                if (istvwarn(result))
+                    return tv_trail_return(result, TVLOCATION);
+            }
+            return TVErrC_ok;
+        }
+        if (in == nullptr)
+            return TVErrC_ok;
+
+        int result = srl.start_read();
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        srl.set_default();
+        const auto exact = [&ctag](const TVSerialisationEntry& entry) {
+            return is_field(entry) && entry.get_tag() == ctag;
+        };
+        // The member under another prefix: its class was renamed or moved.
+        const auto bySuffix = [&tag](const TVSerialisationEntry& entry) {
+            return is_field(entry) && strip_prefix(entry.get_tag()) == tag;
+        };
+        bool found = false;
+        result = consume_entries(m_serEntries, srl, exact, found);
+        if (!istvwarn(result) && !found && !srl.handle_multiple() && matchSuffix)
+            result = consume_entries(m_serEntries, srl, bySuffix, found);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        if (srl.handle_multiple())
+            return TVErrC_ok;
+        if (!found)
+            return TVErrC_okEndOfFile;
+        if (matchSuffix)
+            drop_entries(m_serEntries, bySuffix);
+        else
+            drop_entries(m_serEntries, exact);
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::serialise_object(std::istream* in, std::ostream* out, const std::string& prefix,
+                               const std::string& tag, TVSrl& srl)
+{
+    const std::string ctag = make_ctag(prefix, tag);
+    try {
+        if (out != nullptr) {
+            if (srl.is_default())
+                return TVErrC_ok;
+            const int count = srl.get_nentries();
+            for (int i = 0; i < count; ++i) {
+                *out << C_ClassTag << tv_stream_out(ctag) << '\n';
+                int result = check_written(*out, TVLOCATION);
+                if (istvwarn(result))
+                    return result;
+                result = srl.write(*out, i);
+                if (istvwarn(result))
+                    return tv_trail_return(result, TVLOCATION);
+            }
+            return TVErrC_ok;
+        }
+        if (in == nullptr)
+            return TVErrC_ok;
+
+        int result = srl.start_read();
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        const auto exact = [&ctag](const TVSerialisationEntry& entry) {
+            return is_class(entry) && entry.get_tag() == ctag;
+        };
+        bool found = false;
+        result = consume_entries(m_serEntries, srl, exact, found);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        if (srl.handle_multiple())
+            return TVErrC_ok;
+        if (!found)
+            return TVErrC_okEndOfFile;
+        drop_entries(m_serEntries, exact);
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::serialise_string(std::istream* in, std::ostream* out, const std::string& prefix,
+                               const std::string& tag, std::string& value, bool omitEmpty)
+{
+    const std::string ctag = make_ctag(prefix, tag);
+    try {
+        if (out != nullptr) {
+            if (omitEmpty && value.empty())
+                return TVErrC_ok;
+            const int result = TVSerialisationEntry::write_tagged_field(ctag, value, *out);
+            return istvwarn(result) ? tv_trail_return(result, TVLOCATION) : result;
+        }
+        if (in == nullptr)
+            return TVErrC_ok;
+        if (omitEmpty)
+            value.clear();
+        const auto exact = [&ctag](const TVSerialisationEntry& entry) {
+            return is_field(entry) && entry.get_tag() == ctag;
+        };
+        for (int i = 0; i < m_serEntries.size(); ++i) {
+            if (exact(*m_serEntries[i])) {
+                value = m_serEntries[i]->get_value();
+                drop_entries(m_serEntries, exact);
+                return TVErrC_ok;
+            }
+        }
+        return TVErrC_okEndOfFile;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::serialise_string_array(std::istream* in, std::ostream* out,
+                                     const std::string& prefix, const std::string& tag,
+                                     TVPtrArray<std::string>& values)
+{
+    const std::string ctag = make_ctag(prefix, tag);
+    try {
+        if (out != nullptr) {
+            for (const std::string* value : values) {
+                if (value == nullptr)
+                    continue;
+                const int result = TVSerialisationEntry::write_tagged_field(ctag, *value, *out);
+                if (istvwarn(result))
+                    return tv_trail_return(result, TVLOCATION);
+            }
+            return TVErrC_ok;
+        }
+        if (in == nullptr)
+            return TVErrC_ok;
+        values.clear();
+        move_tagged_values(m_serEntries, ctag,
+                           [&values](const std::string& value) { values.add(new std::string(value)); });
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::serialise_string_vector(std::istream* in, std::ostream* out,
+                                      const std::string& prefix, const std::string& tag,
+                                      std::vector<std::string>& values)
+{
+    const std::string ctag = make_ctag(prefix, tag);
+    try {
+        if (out != nullptr) {
+            for (const std::string& value : values) {
+                const int result = TVSerialisationEntry::write_tagged_field(ctag, value, *out);
+                if (istvwarn(result))
+                    return tv_trail_return(result, TVLOCATION);
+            }
+            return TVErrC_ok;
+        }
+        if (in == nullptr)
+            return TVErrC_ok;
+        values.clear();
+        move_tagged_values(m_serEntries, ctag,
+                           [&values](const std::string& value) { values.push_back(value); });
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::serialise_string_maparray(std::istream* in, std::ostream* out,
+                                        const std::string& prefix, const std::string& tag,
+                                        TVPtrArrayIndex<std::string>& values, bool replace)
+{
+    const std::string ctag = make_ctag(prefix, tag);
+    try {
+        if (out != nullptr) {
+            for (int i = 0; i < values.size(); ++i) {
+                const int result = TVSerialisationEntry::write_tagged_field(
+                    ctag, TVSrlStringMapArray::pair_text(values, i), *out);
+                if (istvwarn(result))
+                    return tv_trail_return(result, TVLOCATION);
+            }
+            return TVErrC_ok;
+        }
+        if (in == nullptr)
+            return TVErrC_ok;
+        values.clear();
+        move_tagged_values(m_serEntries, ctag, [&values, replace](const std::string& line) {
+            TVSrlStringMapArray::insert_pair(values, line, replace);
+        });
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::serialise_data(std::istream* in, std::ostream* out, TVPtrArray<std::string>& lines)
+{
+    try {
+        if (out != nullptr) {
+            for (const std::string* line : lines) {
+                if (line == nullptr)
+                    continue;
+                const int result = TVSerialisationEntry::write_raw_data(*line, *out);
+                if (istvwarn(result))
+                    return tv_trail_return(result, TVLOCATION);
+            }
+            return TVErrC_ok;
+        }
+        if (in == nullptr)
+            return TVErrC_ok;
+        lines.clear();
+        for (int i = 0; i < m_serEntries.size();) {
+            const TVSerialisationEntry& entry = *m_serEntries[i];
+            if (entry.get_entrytype() != TVSerialisationEntry::E_RawData) {
+                ++i;
+                continue;
+            }
+            lines.add(new std::string(entry.get_value()));
+            (void)m_serEntries.erase(i);
+        }
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// ---- Signals -------------------------------------------------------------------
+
+int TVObject::add_connection(TVObject* sender, TVConnection* connection)
+{
+    if (sender->m_connections == nullptr)
+        sender->m_connections = std::make_unique<TVConnectionData>(*sender);
+    sender->m_connections->add_connection(connection);
+    if (m_connections == nullptr)
+        m_connections = std::make_unique<TVConnectionData>(*this);
+    m_connections->add_sender(sender);
+    return TVErrC_ok;
+}
+
+int TVObject::wrong_slot_class() const
+{
+    return tverror(TVErrC_DynamicCast, TVLOCATION, "Slot of another class than %s.",
+                   get_class_name().c_str());
+}
+
+int TVObject::connect_signal(TVObject* sender, const TVSignalVoid& signal, VoidSlot slot)
+{
+    if (sender == nullptr)
+        return TVErrC_ok;
+    return add_connection(sender, new TVConnection(this, signal, slot));
+}
+
+int TVObject::connect_signal(TVObject* sender, const TVSignalInt& signal, IntSlot slot)
+{
+    if (sender == nullptr)
+        return TVErrC_ok;
+    return add_connection(sender, new TVConnection(this, signal, slot));
+}
+
+int TVObject::connect_signal(TVObject* sender, const TVSignalObject& signal, ObjectSlot slot)
+{
+    if (sender == nullptr)
+        return TVErrC_ok;
+    return add_connection(sender, new TVConnection(this, signal, slot));
+}
+
+void TVObject::remove_connections(TVObject* other)
+{
+    if (m_connections != nullptr)
+        m_connections->remove_connections(other);
+    // The other side too, or it would keep a pointer to this object.
+    if (other != nullptr && other != this && other->m_connections != nullptr)
+        other->m_connections->remove_connections(this);
+}
+
+int TVObject::emit_signal(const TVSignalVoid& signal)
+{
+    if (m_connections == nullptr)
+        return TVErrC_ok;
+    try {
+        const int result = m_connections->emit_signal(signal);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::emit_signal(const TVSignalInt& signal, int value)
+{
+    if (m_connections == nullptr)
+        return TVErrC_ok;
+    try {
+        const int result = m_connections->emit_signal(signal, value);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVObject::emit_signal(const TVSignalObject& signal, TVObject* value)
+{
+    if (m_connections == nullptr)
+        return TVErrC_ok;
+    try {
+        const int result = m_connections->emit_signal(signal, value);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+void TVObject::block_signals(bool block)
+{
+    // Unblocking an object without a table has nothing to do.
+    if (m_connections == nullptr && !block)
+        return;
+    if (m_connections == nullptr)
+        m_connections = std::make_unique<TVConnectionData>(*this);
+    m_connections->block_signals(block);
+}
+
+bool TVObject::signals_blocked() const
+{
+    return m_connections != nullptr && m_connections->is_blocked();
+}

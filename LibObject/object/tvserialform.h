@@ -1,0 +1,57 @@
+#ifndef TVSERIALFORM_H
+#define TVSERIALFORM_H
+
+// The reserved characters of the serial form, named once so that the
+// reader (TVSerialisationEntry::read_entry, TVObject::read_class) and the
+// writers can't drift apart. The grammar is in doc/serial-form.md.
+//
+// These characters are part of every stored file: none may change, and a
+// retired one must not be given a new meaning.
+
+#include <algorithm>
+#include <string>
+
+namespace TVSerialForm {
+
+constexpr char C_ClassStart = '{';   // "{Name": an object begins
+constexpr char C_ClassEnd = '}';     // "}...": the object ends
+constexpr char C_FieldMark = '!';    // "!tag!value": one tagged field
+constexpr char C_ClassTag = '@';     // "@tag": the next object is a member
+constexpr char C_Escape = '\\';      // escapes, and protects a raw line
+constexpr char C_PrefixSep = '+';    // joins a base class's prefix to a tag
+
+// Whether a raw line needs a protecting backslash: its first character
+// would otherwise be taken for one of the line kinds above.
+inline bool is_reserved_first(char c)
+{
+    return c == C_ClassTag || c == C_Escape || c == C_ClassStart || c == C_FieldMark ||
+           c == C_ClassEnd;
+}
+
+// prefix "+" tag, or the tag alone for an empty prefix.
+inline std::string make_ctag(const std::string& prefix, const std::string& tag)
+{
+    return prefix.empty() ? tag : prefix + C_PrefixSep + tag;
+}
+
+// What follows the last "+" of a tag; the whole tag if it has none.
+inline std::string strip_prefix(const std::string& tag)
+{
+    const size_t pos = tag.rfind(C_PrefixSep);
+    return pos == std::string::npos ? tag : tag.substr(pos + 1);
+}
+
+// Lines may come from systems that end them with CR LF, or carry stray
+// CRs; neither is ever part of the text. Nor is NUL, which the writer's
+// escape drops: kept on reading, it would make a tag match differently
+// before and after the next save. Every reader drops all three.
+inline void strip_line_ends(std::string& line)
+{
+    line.erase(std::remove_if(line.begin(), line.end(),
+                              [](char c) { return c == '\r' || c == '\n' || c == '\0'; }),
+               line.end());
+}
+
+} // namespace TVSerialForm
+
+#endif // TVSERIALFORM_H

@@ -1,0 +1,196 @@
+#include "LibObject/object/tvserialisationentry.h"
+
+#include "LibCore/error/tverror.h"
+#include "LibCore/textstr/tvtextstr.h"
+#include "LibObject/object/tvobject.h"
+#include "LibObject/object/tvserialform.h"
+#include "LibObject/object/tvtrail.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <istream>
+#include <ostream>
+
+using namespace TVSerialForm;
+
+namespace {
+
+int check_written(const std::ostream& out, const std::string& location)
+{
+    if (out)
+        return TVErrC_ok;
+    return tvwarning(TVErrC_FileWrite, location, "Write operation failed.");
+}
+
+} // namespace
+
+TVSerialisationEntry::TVSerialisationEntry() : m_entryType(E_RawData)
+{
+}
+
+TVSerialisationEntry::TVSerialisationEntry(E_ReadMode type, const std::string& tag,
+                                           const std::string& value)
+    : m_entryType(type), m_tag(tag), m_value(value)
+{
+}
+
+void TVSerialisationEntry::dump(std::ostream& out, int indent) const
+{
+    const std::string pad(static_cast<size_t>(std::clamp(indent, 0, 100)) * 4, ' ');
+    out << pad << "TVSerialisationEntry\n"
+        << pad << "    m_entryType = " << static_cast<int>(m_entryType) << '\n'
+        << pad << "    m_tag = " << m_tag << '\n'
+        << pad << "    m_value = " << tv_stream_out(m_value) << '\n';
+}
+
+bool TVSerialisationEntry::operator==(const TVSerialisationEntry& other) const
+{
+    return m_entryType == other.m_entryType && m_tag == other.m_tag && m_value == other.m_value;
+}
+
+int TVSerialisationEntry::read_entry(std::istream& in)
+{
+    std::string line;
+    if (!std::getline(in, line))
+        return TVErrC_okEndOfRecord;
+    strip_line_ends(line);
+
+    if (line.size() >= 2 && line[0] == C_FieldMark) {
+        // Escapes can't hide a "!", so the tag ends at the first one.
+        const std::string text = tv_stream_in(line);
+        m_entryType = E_TaggedField;
+        const size_t end = text.find(C_FieldMark, 1);
+        if (end == std::string::npos) {
+            m_tag = text.substr(1);
+            m_value.clear();
+        } else {
+            m_tag = text.substr(1, end - 1);
+            m_value = text.substr(end + 1);
+        }
+        return TVErrC_ok;
+    }
+
+    if (line.size() >= 2 && line[0] == C_ClassTag) {
+        m_entryType = E_TaggedClass;
+        m_tag = line.substr(1);
+        m_value.clear();
+        // The member's object runs until its braces balance; nested objects
+        // and their own tagged classes are kept as they stand.
+        int depth = 0;
+        bool opened = false;
+        while (std::getline(in, line)) {
+            strip_line_ends(line);
+            m_value += line;
+            m_value += '\n';
+            if (!line.empty() && line[0] == C_ClassStart) {
+                ++depth;
+                opened = true;
+            } else if (!line.empty() && line[0] == C_ClassEnd) {
+                --depth;
+            }
+            if (opened && depth == 0)
+                return TVErrC_ok;
+        }
+        return tvwarning(TVErrC_FileTooShort, TVLOCATION,
+                         "Could not find the end of the class marker.");
+    }
+
+    if (!line.empty() && line[0] == C_ClassEnd)
+        return TVErrC_okEndOfRecord;
+
+    m_entryType = E_RawData;
+    m_tag.clear();
+    if (!line.empty() && line[0] == C_Escape)
+        m_value = tv_stream_in(line.substr(1));
+    else
+        m_value = tv_stream_in(line);
+    return TVErrC_ok;
+}
+
+int TVSerialisationEntry::write_entry(std::ostream& out) const
+{
+    try {
+        int result = TVErrC_ok;
+        switch (m_entryType) {
+        case E_TaggedField:
+            result = write_tagged_field(m_tag, m_value, out);
+            break;
+        case E_RawData:
+            result = write_raw_data(m_value, out);
+            break;
+        case E_TaggedClass:
+            out << m_value;
+            out.flush();
+            result = check_written(out, TVLOCATION);
+            break;
+        default:
+            return tverror(TVErrC_CaseMissing, TVLOCATION, "Unknown entry type %d",
+                           static_cast<int>(m_entryType));
+        }
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVSerialisationEntry::write_tagged_field(const std::string& tag, const std::string& value,
+                                             std::ostream& out)
+{
+    std::string line;
+    line.reserve(tag.size() + value.size() + 2);
+    line += C_FieldMark;
+    line += tag;
+    line += C_FieldMark;
+    line += value;
+    out << tv_stream_out(line) << '\n';
+    out.flush();
+    return check_written(out, TVLOCATION);
+}
+
+int TVSerialisationEntry::write_tagged_field(const std::string& tag, std::ostream& out,
+                                             const char* format, ...)
+{
+    char buffer[1024];
+    va_list args;
+    va_start(args, format);
+    std::vsnprintf(buffer, sizeof buffer, format, args);
+    va_end(args);
+    try {
+        const int result = write_tagged_field(tag, std::string(buffer), out);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVSerialisationEntry::write_raw_data(const std::string& value, std::ostream& out)
+{
+    const std::string text = tv_stream_out(value);
+    if (!text.empty() && is_reserved_first(text[0]))
+        out << C_Escape;
+    out << text << '\n';
+    out.flush();
+    return check_written(out, TVLOCATION);
+}
+
+int TVSerialisationEntry::write_tagged_class(const std::string& tag, const TVObject& object,
+                                             std::ostream& out, int version)
+{
+    try {
+        out << C_ClassTag << tv_stream_out(tag) << '\n';
+        int result = check_written(out, TVLOCATION);
+        if (istvwarn(result))
+            return result;
+        result = object.write_class(out, version);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}

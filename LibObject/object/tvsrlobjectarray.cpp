@@ -1,0 +1,3 @@
+#include "LibObject/object/tvsrlobjectarray.h"
+
+template class TVSrlObjectArray<TVObject>;
