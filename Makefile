@@ -6,7 +6,7 @@ RELEASE := build-release
 CMAKE_FLAGS := -G Ninja -DCMAKE_BUILD_TYPE=Debug -DTV_SANITIZE=ON
 JOBS    ?= $(shell nproc)
 
-.PHONY: all setup configure build check run bench clean
+.PHONY: all setup configure build check run bench fuzz clean
 
 all: build
 
@@ -36,6 +36,29 @@ bench: setup
 	@cmake -S . -B $(RELEASE) -G Ninja -DCMAKE_BUILD_TYPE=Release -DTV_BENCHMARKS=ON -DTV_TESTS=OFF >/dev/null
 	@cmake --build $(RELEASE) -j $(JOBS)
 	@for b in $(RELEASE)/bin/bench_*; do echo "== $$b"; $$b; done
+
+# The serial form's libFuzzer target, built with clang in a configuration
+# of its own. It runs on past a crash so that one fault doesn't hide the
+# next, then fails listing every crash input found (in build-fuzz/artifacts);
+# copy one into LibObject/object/fuzz/corpus, once fixed, to keep it as a
+# test of make check. New inputs gather in build-fuzz/corpus.
+FUZZ := build-fuzz
+FUZZ_SECONDS ?= 60
+FUZZ_FLAGS := -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer
+
+fuzz: setup
+	@cmake -S . -B $(FUZZ) -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DTV_TESTS=OFF -DTV_FUZZ=ON "-DCMAKE_CXX_FLAGS=$(FUZZ_FLAGS)" >/dev/null
+	@cmake --build $(FUZZ) --target tvserial_fuzzer -j $(JOBS)
+	@rm -rf $(FUZZ)/artifacts && mkdir -p $(FUZZ)/corpus $(FUZZ)/artifacts
+	@$(FUZZ)/bin/tvserial_fuzzer -fork=1 -ignore_crashes=1 -max_total_time=$(FUZZ_SECONDS) -max_len=4096 \
+	  -dict=LibObject/object/fuzz/serial.dict -artifact_prefix=$(FUZZ)/artifacts/ \
+	  $(FUZZ)/corpus LibObject/object/fuzz/corpus 2>$(FUZZ)/fuzz.log || (tail -20 $(FUZZ)/fuzz.log; exit 1)
+	@tail -1 $(FUZZ)/fuzz.log
+	@if ls $(FUZZ)/artifacts | grep -q .; then \
+	  echo "make fuzz: inputs that break the property (replay one: $(FUZZ)/bin/tvserial_fuzzer <file>):"; \
+	  ls -1 $(FUZZ)/artifacts/*; exit 1; \
+	fi
 
 clean:
 	rm -rf $(BUILD) $(RELEASE)

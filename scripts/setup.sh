@@ -8,6 +8,7 @@ packages=(
   qtbase5-dev qtbase5-dev-tools libqt5svg5-dev libqt5networkauth5-dev qtscript5-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   libsqlite3-dev
+  clang libclang-rt-14-dev
   xvfb xauth
 )
 
