@@ -122,8 +122,7 @@ int TVSerialisationEntry::write_entry(std::ostream& out) const
         case E_TaggedClass:
             out << m_value;
             out.flush();
-            result = check_written(out, TVLOCATION);
-            break;
+            return check_written(out, TVLOCATION);
         default:
             return tverror(TVErrC_CaseMissing, TVLOCATION, "Unknown entry type %d",
                            static_cast<int>(m_entryType));
