@@ -49,14 +49,20 @@ FUZZ_FLAGS := -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=
 fuzz: setup
 	@cmake -S . -B $(FUZZ) -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DTV_TESTS=OFF -DTV_FUZZ=ON "-DCMAKE_CXX_FLAGS=$(FUZZ_FLAGS)" >/dev/null
-	@cmake --build $(FUZZ) --target tvserial_fuzzer -j $(JOBS)
+	@cmake --build $(FUZZ) --target tvserial_fuzzer tvdate_fuzzer -j $(JOBS)
 	@rm -rf $(FUZZ)/artifacts && mkdir -p $(FUZZ)/corpus $(FUZZ)/artifacts
 	@$(FUZZ)/bin/tvserial_fuzzer -fork=1 -ignore_crashes=1 -max_total_time=$(FUZZ_SECONDS) -max_len=4096 \
 	  -dict=LibObject/object/fuzz/serial.dict -artifact_prefix=$(FUZZ)/artifacts/ \
 	  $(FUZZ)/corpus LibObject/object/fuzz/corpus 2>$(FUZZ)/fuzz.log || (tail -20 $(FUZZ)/fuzz.log; exit 1)
 	@tail -1 $(FUZZ)/fuzz.log
+	@mkdir -p $(FUZZ)/corpus-date
+	@$(FUZZ)/bin/tvdate_fuzzer -fork=1 -ignore_crashes=1 -max_total_time=$(FUZZ_SECONDS) -max_len=256 \
+	  -dict=LibDate/date/fuzz/date.dict -artifact_prefix=$(FUZZ)/artifacts/date- \
+	  $(FUZZ)/corpus-date LibDate/date/fuzz/corpus 2>$(FUZZ)/fuzz-date.log || (tail -20 $(FUZZ)/fuzz-date.log; exit 1)
+	@tail -1 $(FUZZ)/fuzz-date.log
 	@if ls $(FUZZ)/artifacts | grep -q .; then \
-	  echo "make fuzz: inputs that break the property (replay one: $(FUZZ)/bin/tvserial_fuzzer <file>):"; \
+	  echo "make fuzz: inputs that break the property (replay one: $(FUZZ)/bin/tvserial_fuzzer <file>,"; \
+	  echo "or tvdate_fuzzer for the date- files; keep a fixed one in LibDate/date/fuzz/corpus):"; \
 	  ls -1 $(FUZZ)/artifacts/*; exit 1; \
 	fi
 
