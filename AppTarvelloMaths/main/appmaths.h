@@ -1,0 +1,38 @@
+#ifndef APPMATHS_H
+#define APPMATHS_H
+
+#include <iosfwd>
+#include <string>
+
+#include "LibGui/qt/tvapplicationqt.h"
+
+class MathsMainQt;
+
+// The maths program's application object: its identity, its one
+// positional parameter (the maths file to open) and its start.
+class AppMaths : public TVApplicationQt
+{
+    Q_OBJECT
+
+public:
+    static const char* const C_FileExtension; // ".tvmaths"
+
+    AppMaths(int argc, char** argv, TVQtApp& app);
+    ~AppMaths() override;
+
+    void dump(std::ostream& out, int indent) const override;
+    int load_file(const std::string& file) override;
+    int run() override;
+    int parameters(TVParam& param, TVParamCmdLine& cmdline, TVParamFile& file) override;
+
+    // The maths file to open; empty for the last one used.
+    const std::string& get_mathsdb() const { return m_mathsDB; }
+
+    static TVAppIdentity identity();
+
+private:
+    std::string m_mathsDB;
+    MathsMainQt* m_mainWindow = nullptr;
+};
+
+#endif

@@ -1,0 +1,140 @@
+#include "LibGui/qt/tvapplicationqt.h"
+
+#include <QDesktopServices>
+#include <QMetaType>
+#include <QTimer>
+#include <QUrlQuery>
+
+#include "LibCore/error/tverror.h"
+#include "LibDate/date/tvdate.h"
+#include "LibDate/date/tvlocale.h"
+#include "LibGui/qt/tvqtapp.h"
+#include "LibObject/object/tvid.h"
+
+TVApplicationQt::TVApplicationQt(int argc, char** argv, const TVAppIdentity& identity, TVQtApp& app)
+    : QObject(nullptr), TVApplication(argc, argv, identity), m_app(app)
+{
+    // Queued signals and item data carry these values.
+    qRegisterMetaType<TVId>("TVId");
+    qRegisterMetaType<TVDate>("TVDate");
+    qRegisterMetaType<std::string>("string");
+    m_url.clear();
+    m_app.set_app(this);
+}
+
+TVApplicationQt::~TVApplicationQt()
+{
+    if (m_app.get_app() == this)
+        m_app.set_app(nullptr);
+}
+
+int TVApplicationQt::start()
+{
+    QTimer::singleShot(C_StartDelayMs, this, &TVApplicationQt::app_started);
+    const int result = QApplication::exec();
+    if (!istvwarn(result))
+        return TVErrC_ok;
+    tvsysinfo_append(TVLOCATION, "");
+    return tverrorvalue();
+}
+
+int TVApplicationQt::setup_error()
+{
+    return TVApplication::setup_error();
+}
+
+void TVApplicationQt::app_started()
+{
+    int value = TVErrC_ok;
+    try {
+        setup_error();
+        value = setup_parameters();
+        if (value == TVErrC_okShutdown) {
+            QCoreApplication::exit(TVErrC_ok);
+            return;
+        }
+        if (istvwarn(value)) {
+            tvsysinfo_append(TVLOCATION, "");
+            QCoreApplication::exit(value);
+            return;
+        }
+        tvlocale()->read_config();
+        value = run();
+        if (istvwarn(value))
+            tvsysinfo_append(TVLOCATION, "");
+    } catch (TVErrDetails&) {
+        value = get_tverror()->get_value();
+        tvsysinfo_append(TVLOCATION, "");
+    }
+    tvhandle_error(value, TVSevWarning);
+}
+
+void TVApplicationQt::push_status(const std::string& text, double percentage, bool foreground,
+                                  int delayMicroseconds)
+{
+    TVApplication::push_status(text, percentage, foreground, delayMicroseconds);
+}
+
+void TVApplicationQt::pop_status(const std::string& text, bool foreground)
+{
+    TVApplication::pop_status(text, foreground);
+}
+
+void TVApplicationQt::setup_url_handler(const std::string& scheme)
+{
+    QDesktopServices::setUrlHandler(QString::fromStdString(scheme), this, "url_scheme");
+}
+
+void TVApplicationQt::split_url(const QUrl& url, std::string& command, std::string& argument, TVTagValue& query)
+{
+    const std::string text = QUrl::fromPercentEncoding(url.toString(QUrl::RemoveQuery).toUtf8()).toStdString();
+    const size_t start = text.find("://");
+    std::string rest = start == std::string::npos ? text : text.substr(start + 3);
+    size_t end = rest.find('/');
+    if (end == std::string::npos)
+        end = rest.find('?');
+    command = rest.substr(0, end);
+    argument = end == std::string::npos ? std::string() : rest.substr(end + 1);
+    query.clear();
+    for (const auto& item : QUrlQuery(url).queryItems(QUrl::FullyDecoded))
+        query.set(item.first.toStdString(), item.second.toStdString());
+}
+
+void TVApplicationQt::url_scheme(const QUrl& url)
+{
+    if (!can_take_url()) {
+        m_url = url.toString().toStdString();
+        return;
+    }
+    std::string command, argument;
+    TVTagValue query;
+    split_url(url, command, argument, query);
+    url_called(command, argument, query);
+}
+
+void TVApplicationQt::handle_pending_url()
+{
+    if (m_url.empty() || !can_take_url())
+        return;
+    const QUrl url(QString::fromStdString(m_url));
+    m_url.clear();
+    url_scheme(url);
+}
+
+void TVApplicationQt::url_called(const std::string& /*command*/, const std::string& /*argument*/,
+                                 const TVTagValue& /*query*/)
+{
+}
+
+TVApplicationQt* tvapplicationqt()
+{
+    auto* app = dynamic_cast<TVApplicationQt*>(tvapplication());
+    if (app == nullptr)
+        tverror(TVErrC_NullSingleton, TVLOCATION, "Missing TVApplicationQt");
+    return app;
+}
+
+bool has_tvapplicationqt()
+{
+    return TVApplication::has_object() && dynamic_cast<TVApplicationQt*>(TVApplication::m_object) != nullptr;
+}

@@ -1,0 +1,68 @@
+#ifndef TVAPPLICATIONQT_H
+#define TVAPPLICATIONQT_H
+
+#include <QObject>
+#include <QUrl>
+#include <string>
+
+#include "LibCore/application/tvapplication.h"
+#include "LibCore/ptrarray/tvtagvalue.h"
+
+class TVQtApp;
+
+// The application object of a program with windows: it runs the start-up
+// inside the event loop (so the toolkit is alive and a file-open event
+// delivered at start is seen first) and keeps URLs that arrive before any
+// file is loaded.
+class TVApplicationQt : public QObject, public TVApplication
+{
+    Q_OBJECT
+
+public:
+    // Delay before the start-up runs inside the event loop.
+    static const int C_StartDelayMs = 100;
+
+    TVApplicationQt(int argc, char** argv, const TVAppIdentity& identity, TVQtApp& app);
+    ~TVApplicationQt() override;
+
+    // Arms the start-up and runs the event loop; returns TVErrC_ok or the
+    // pending error's value.
+    int start() override;
+    int setup_error() override;
+    void push_status(const std::string& text, double percentage, bool foreground, int delayMicroseconds) override;
+    void pop_status(const std::string& text, bool foreground) override;
+
+    // A file the system asked us to open.
+    virtual int load_file(const std::string& file) = 0;
+
+    // URLs of the program's scheme ("scheme://command/argument?tag=value").
+    void setup_url_handler(const std::string& scheme);
+    // Whether a URL is waiting for the database to load.
+    const std::string& pending_url() const { return m_url; }
+    void handle_pending_url();
+    // Splits a percent-decoded URL into its command (behind "://" up to the
+    // next "/", or failing that "?"), the argument and the query items.
+    static void split_url(const QUrl& url, std::string& command, std::string& argument, TVTagValue& query);
+
+    TVQtApp& qt_app() { return m_app; }
+
+public slots:
+    void app_started();
+    void url_scheme(const QUrl& url);
+
+protected:
+    // Whether a window with a loaded database can take a URL now. Without
+    // windows every URL waits.
+    virtual bool can_take_url() const { return false; }
+    // Hands a URL's parts to the primary window.
+    virtual void url_called(const std::string& command, const std::string& argument, const TVTagValue& query);
+
+private:
+    TVQtApp& m_app;
+    std::string m_url;
+};
+
+TVApplicationQt* tvapplicationqt();
+bool has_tvapplicationqt();
+
+#endif
