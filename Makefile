@@ -27,7 +27,7 @@ check: build
 
 run: build
 	@if [ -x $(BUILD)/bin/tarvello-maths ]; then \
-	  $(BUILD)/bin/tarvello-maths; \
+	  ASAN_OPTIONS=detect_leaks=0 $(BUILD)/bin/tarvello-maths; \
 	else \
 	  echo "make run: built; the program's entry (build/bin/tarvello-maths) does not exist yet."; \
 	fi
