@@ -50,6 +50,7 @@ void AppMaths::dump(std::ostream& out, int indent) const
 int AppMaths::load_file(const std::string& file)
 {
     m_mathsDB = file;
+    m_openRequest = file;
     return TVErrC_ok;
 }
 
@@ -65,6 +66,8 @@ int AppMaths::parameters(TVParam& /*param*/, TVParamCmdLine& cmdline, TVParamFil
 
 int AppMaths::run()
 {
+    if (!m_openRequest.empty())
+        m_mathsDB = m_openRequest;
     // The windows come later; until then say so once and end the loop so
     // that the program returns. The warning is settled here rather than
     // carried up, where every level would echo it again.

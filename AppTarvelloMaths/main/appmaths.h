@@ -32,6 +32,9 @@ public:
 
 private:
     std::string m_mathsDB;
+    // A file the system asked us to open; it wins over the command line,
+    // which is read after such an early request.
+    std::string m_openRequest;
     MathsMainQt* m_mainWindow = nullptr;
 };
 

@@ -1,0 +1,110 @@
+#include "AppTarvelloMaths/main/appmaths.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QFileOpenEvent>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include "LibCore/error/tverror.h"
+#include "LibCore/param/tvparam.h"
+#include "LibGui/qt/tvqtapp.h"
+
+namespace {
+
+// One toolkit application for the whole test program, as in the program.
+TVQtApp& qt_app()
+{
+    static int argc = 1;
+    static char name[] = "appmaths_test";
+    static char* argv[] = {name, nullptr};
+    static TVQtApp* app = [] {
+        qputenv("QT_QPA_PLATFORM", "minimal");
+        return new TVQtApp(argc, argv);
+    }();
+    return *app;
+}
+
+class AppMathsTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(home.isValid());
+        qputenv("XDG_CONFIG_HOME", home.filePath("config").toLocal8Bit());
+        qputenv("XDG_CACHE_HOME", home.filePath("cache").toLocal8Bit());
+        qputenv("XDG_DATA_HOME", home.filePath("data").toLocal8Bit());
+        qt_app();
+    }
+    void TearDown() override
+    {
+        TVParam::release();
+        TVError::release();
+    }
+
+    // Runs the start-up as the event loop does, with these arguments.
+    void start(AppMaths& maths)
+    {
+        QTimer::singleShot(0, &maths, &TVApplicationQt::app_started);
+        QTimer::singleShot(5000, [] { QCoreApplication::exit(99); }); // safety net
+        EXPECT_EQ(QCoreApplication::exec(), 0);
+    }
+
+    QTemporaryDir home;
+    char arg0[15] = "tarvello-maths";
+    char arg1[10] = "a.tvmaths";
+};
+
+} // namespace
+
+TEST_F(AppMathsTest, FileOpenedByTheSystemBeforeTheStartWinsOverTheCommandLine)
+{
+    char* argv[] = {arg0, arg1, nullptr};
+    AppMaths maths(2, argv, qt_app());
+    QFileOpenEvent open(QString("b.tvmaths"));
+    QCoreApplication::sendEvent(&qt_app(), &open);
+    start(maths);
+    EXPECT_EQ(maths.get_mathsdb(), "b.tvmaths");
+}
+
+TEST_F(AppMathsTest, CommandLineNamesTheFileOtherwise)
+{
+    char* argv[] = {arg0, arg1, nullptr};
+    AppMaths maths(2, argv, qt_app());
+    start(maths);
+    EXPECT_EQ(maths.get_mathsdb(), "a.tvmaths");
+}
+
+TEST_F(AppMathsTest, FileOpenEventBeforeTheApplicationObjectIsIgnored)
+{
+    QFileOpenEvent open(QString("early.tvmaths"));
+    EXPECT_TRUE(QCoreApplication::sendEvent(&qt_app(), &open));
+    char* argv[] = {arg0, nullptr};
+    AppMaths maths(1, argv, qt_app());
+    start(maths);
+    EXPECT_EQ(maths.get_mathsdb(), "");
+}
+
+TEST_F(AppMathsTest, UrlWaitsUntilAWindowCanTakeIt)
+{
+    char* argv[] = {arg0, nullptr};
+    AppMaths maths(1, argv, qt_app());
+    maths.url_scheme(QUrl("tvmaths://open/some%20file?session=2&x=y"));
+    EXPECT_EQ(maths.pending_url(), "tvmaths://open/some file?session=2&x=y");
+}
+
+TEST(AppMathsUrl, UrlSplitsIntoCommandArgumentAndQuery)
+{
+    std::string command, argument;
+    TVTagValue query;
+    TVApplicationQt::split_url(QUrl("tvmaths://open/some%20file/x?session=2&name=a%26b"), command, argument, query);
+    EXPECT_EQ(command, "open");
+    EXPECT_EQ(argument, "some file/x");
+    EXPECT_EQ(query.get_string("session", ""), "2");
+    EXPECT_EQ(query.get_string("name", ""), "a&b");
+    TVApplicationQt::split_url(QUrl("tvmaths://refresh?all=1"), command, argument, query);
+    EXPECT_EQ(command, "refresh");
+    EXPECT_EQ(argument, "");
+    EXPECT_EQ(query.get_int("all", 0), 1);
+}
