@@ -26,6 +26,9 @@ const int C_TimeTLastYear = 2030;
 const size_t C_TimeTDigits = 11;
 // A stream value of at least this many digits starts with the micro.
 const size_t C_MicroFormDigits = 27;
+// The stream form gives the year five characters.
+const int C_MaxStreamYear = 99999;
+const int C_MinStreamYear = -9999;
 
 long floor_div(long a, long b)
 {
@@ -522,6 +525,12 @@ std::istream& operator>>(std::istream& in, TVDate& date)
     int year = field(5);
     int zone = field(6);
     date.set_date(year, month, day, hour, minute, second, micro, TVDate::C_GMT);
+    // Fields out of range can carry the year past what five digits hold,
+    // and such a date would not read back as written.
+    if (date.get_year() > C_MaxStreamYear || date.get_year() < C_MinStreamYear) {
+        date.set_invalid();
+        return in;
+    }
     date.set_timezone(zone);
     return in;
 }

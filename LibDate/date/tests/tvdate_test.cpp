@@ -476,6 +476,13 @@ TEST_F(TVDateTest, StreamReadsOldTimeTAndQuotedForms)
     TVDate date = utc(2021, 1, 1);
     EXPECT_FALSE(static_cast<bool>(empty >> date));
     EXPECT_TRUE(date.is_invalid());
+
+    // Month 25 of year 99999 would carry into a sixth year digit, which
+    // shifts every field when written and read again.
+    EXPECT_TRUE(read_date("1100002725999999").is_invalid());
+    std::ostringstream written;
+    written << read_date("1100002725999999");
+    EXPECT_TRUE(read_date(written.str()).is_invalid());
 }
 
 // ---- Now --------------------------------------------------------------------
