@@ -1,0 +1,121 @@
+// tvdb end to end: the built program, run with a fixed zone (TZ=UTC0) and
+// --base, so that every answer can be read off the calendar.
+
+#include <gtest/gtest.h>
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QString>
+#include <QStringList>
+
+#include <string>
+#include <vector>
+
+namespace {
+
+struct TVDBRun
+{
+    int m_exitCode = -1;
+    std::string m_out;
+    std::string m_err;
+};
+
+TVDBRun run_tvdb(const std::vector<std::string>& args)
+{
+    QStringList arguments;
+    for (const std::string& arg : args)
+        arguments << QString::fromStdString(arg);
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TZ", "UTC0");
+    process.setProcessEnvironment(environment);
+    process.start(QString::fromUtf8(TV_TVDB_PATH), arguments);
+    TVDBRun result;
+    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit)
+        return result;
+    result.m_exitCode = process.exitCode();
+    result.m_out = process.readAllStandardOutput().toStdString();
+    result.m_err = process.readAllStandardError().toStdString();
+    return result;
+}
+
+} // namespace
+
+TEST(TVDBDateTest, AnswersFromTheCalendar)
+{
+    // 1 March 2021 is a Monday; day-first dates unless --style says else.
+    struct Row
+    {
+        const char* m_name;
+        std::vector<std::string> m_args;
+        const char* m_out;
+    };
+    const Row rows[] = {
+        {"tomorrow at three", {"date", "Tomorrow 3pm", "--base", "1/3/2021"},
+         "2021-03-02 15:00:00\n"},
+        {"month end clamps", {"date", "--base=31/1/2021", "+1 Month"}, "2021-02-28 00:00:00\n"},
+        {"words as separate arguments", {"date", "--base", "1/3/2021", "next", "friday", "9:30"},
+         "2021-03-12 09:30:00\n"},
+        {"a leading minus is an expression", {"date", "--base", "1/3/2021", "-1 Day"},
+         "2021-02-28 00:00:00\n"},
+        {"month first", {"date", "--style", "0", "--base", "1/1/2021", "12/3/2021"},
+         "2021-12-03 00:00:00\n"},
+        {"year first, two digits", {"date", "--style", "2", "--base", "2021-01-01", "21/3/12"},
+         "2021-03-12 00:00:00\n"},
+        {"own format", {"date", "--base", "1/3/2021", "--format", "%A %d %B %Y", "+1 Day"},
+         "Tuesday 02 March 2021\n"},
+        {"blank", {"date", "--base", "1/3/2021", ""}, "blank date\n"},
+    };
+    for (const Row& row : rows) {
+        TVDBRun run = run_tvdb(row.m_args);
+        EXPECT_EQ(0, run.m_exitCode) << row.m_name << ": " << run.m_err;
+        EXPECT_EQ(row.m_out, run.m_out) << row.m_name;
+    }
+}
+
+TEST(TVDBDateTest, TermsShowTheExpressionAndItsText)
+{
+    TVDBRun run = run_tvdb({"date", "--terms", "Tomorrow 3pm"});
+    EXPECT_EQ(0, run.m_exitCode);
+    EXPECT_EQ("T_Tomorrow 0\nT_Hour 3\nT_Minute 0\nT_Second 0\nT_Micro 0\nT_PM 1\n"
+              "text: Tomorrow  3:00:00PM\n",
+              run.m_out);
+}
+
+TEST(TVDBDateTest, FailuresHaveTheirOwnExitStatus)
+{
+    struct Row
+    {
+        const char* m_name;
+        std::vector<std::string> m_args;
+        int m_exitCode;
+        const char* m_out;     // exactly, on stdout
+        const char* m_errPart; // somewhere on stderr
+    };
+    const Row rows[] = {
+        {"unknown word", {"date", "FOO"}, 1, "invalid date\n", ""},
+        {"wrong option", {"date", "--frobnicate", "Now"}, 2, "", "'--frobnicate'"},
+        {"option without value", {"date", "Now", "--base"}, 2, "", "'--base' needs a value"},
+        {"style out of range", {"date", "--style", "3", "Now"}, 2, "", "'3'"},
+        {"base that isn't a date", {"date", "--base", "FOO", "Now"}, 2, "", "'FOO'"},
+        {"no expression", {"date"}, 2, "", "no expression"},
+        {"unknown command", {"frobnicate"}, 2, "", "'frobnicate'"},
+    };
+    for (const Row& row : rows) {
+        TVDBRun run = run_tvdb(row.m_args);
+        EXPECT_EQ(row.m_exitCode, run.m_exitCode) << row.m_name;
+        EXPECT_EQ(row.m_out, run.m_out) << row.m_name;
+        EXPECT_NE(std::string::npos, run.m_err.find(row.m_errPart))
+            << row.m_name << ": " << run.m_err;
+    }
+}
+
+TEST(TVDBDateTest, HelpListsTheCommands)
+{
+    TVDBRun run = run_tvdb({"--help"});
+    EXPECT_EQ(0, run.m_exitCode);
+    EXPECT_NE(std::string::npos, run.m_out.find("  date "));
+    TVDBRun dateHelp = run_tvdb({"date", "--help"});
+    EXPECT_EQ(0, dateHelp.m_exitCode);
+    EXPECT_NE(std::string::npos, dateHelp.m_out.find("--base DATE"));
+}
