@@ -8,6 +8,7 @@
 
 #include "LibCore/textstr/tvtextstr.h"
 #include "LibDate/date/tvdatedetails.h"
+#include "LibDate/date/tvdateslot.h"
 #include "LibDate/date/tvlocale.h"
 
 namespace {
@@ -495,6 +496,26 @@ TVDate TVDateUtils::end_year(const TVDate& date)
         d.m_dayMonth = 30;
         end_of_day(d);
     });
+}
+
+TVDateSlot TVDateUtils::day_slot(const TVDate& date)
+{
+    return TVDateSlot(start_day(date), end_day(date), false);
+}
+
+TVDateSlot TVDateUtils::week_slot(const TVDate& date)
+{
+    return TVDateSlot(start_week(date), end_week(date), false);
+}
+
+TVDateSlot TVDateUtils::month_slot(const TVDate& date)
+{
+    return TVDateSlot(start_month(date), end_month(date), false);
+}
+
+TVDateSlot TVDateUtils::year_slot(const TVDate& date)
+{
+    return TVDateSlot(start_year(date), end_year(date), false);
 }
 
 TVDate TVDateUtils::ignore_zone(const TVDate& date)

@@ -19,6 +19,7 @@
 #include "LibDate/date/tvdate.h"
 #include "LibDate/date/tvduration.h"
 
+class TVDateSlot; // LibDate/date/tvdateslot.h, which includes this header
 class TVRepeatConfig;
 
 class TVDateUtils
@@ -111,6 +112,12 @@ public:
     static TVDate end_month(const TVDate& date);
     static TVDate start_year(const TVDate& date);
     static TVDate end_year(const TVDate& date);
+    // The slot from the start to the end of the date's day, week, month or
+    // year; blank and invalid dates give a slot of that date.
+    static TVDateSlot day_slot(const TVDate& date);
+    static TVDateSlot week_slot(const TVDate& date);
+    static TVDateSlot month_slot(const TVDate& date);
+    static TVDateSlot year_slot(const TVDate& date);
     // Zone 0 with the same clock reading as date has in its zone.
     static TVDate ignore_zone(const TVDate& date);
 
