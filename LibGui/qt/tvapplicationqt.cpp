@@ -9,14 +9,18 @@
 #include "LibDate/date/tvdate.h"
 #include "LibDate/date/tvlocale.h"
 #include "LibGui/qt/tvqtapp.h"
+#include "LibDate/date/tvdateslot.h"
 #include "LibObject/object/tvid.h"
+#include "LibObject/object/tvidlist.h"
 
 TVApplicationQt::TVApplicationQt(int argc, char** argv, const TVAppIdentity& identity, TVQtApp& app)
     : QObject(nullptr), TVApplication(argc, argv, identity), m_app(app)
 {
     // Queued signals and item data carry these values.
     qRegisterMetaType<TVId>("TVId");
+    qRegisterMetaType<TVIdList>("TVIdList");
     qRegisterMetaType<TVDate>("TVDate");
+    qRegisterMetaType<TVDateSlot>("TVDateSlot");
     qRegisterMetaType<std::string>("string");
     m_url.clear();
     m_app.set_app(this);
