@@ -171,19 +171,11 @@ int TVThread::func()
         return TVErrC_ok;
     try {
         const int result = m_function(m_object);
-        if (istvwarn(result)) {
-            tvsysinfo_append(TVLOCATION, "");
-            // A failure returned without a report has no trail to extend;
-            // pass the value on rather than lose it.
-            return get_tverror()->is_error() ? tverrorvalue() : result;
-        }
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
         return result;
     } catch (const TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        const TVErrDetails* newest = get_tverror()->error_details();
-        if (newest == nullptr)
-            throw;
-        throw TVErrDetails(*newest);
+        tv_trail_throw(TVLOCATION);
     }
 }
 

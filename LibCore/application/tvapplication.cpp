@@ -145,13 +145,10 @@ int TVApplication::setup_parameters()
             param->add_config_file(file);
             result = param->parse(&std::cout);
         }
-        if (istvwarn(result)) {
-            tvsysinfo_append(TVLOCATION, "");
-            return tverrorvalue();
-        }
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
     return result;
 }
@@ -176,13 +173,10 @@ int TVApplication::start()
             tvlocale()->read_config();
             result = run();
         }
-        if (istvwarn(result)) {
-            tvsysinfo_append(TVLOCATION, "");
-            return tverrorvalue();
-        }
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
     return result;
 }
@@ -314,10 +308,8 @@ int TVApplication::add_recent(const std::string& file, int position)
         else
             m_recent.insert(m_recent.begin() + position, file);
         const int result = save_recent();
-        if (istvwarn(result)) {
-            tvsysinfo_append(TVLOCATION, "");
-            return tverrorvalue();
-        }
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
     }
     return store_security_bookmark(recent_tag(file), file);
 }
@@ -336,10 +328,8 @@ int TVApplication::set_value(const std::string& name, const std::string& value)
     if (!TVParam::has_object())
         return TVErrC_ok;
     const int result = tvparam()->set_system_value(name, value);
-    if (istvwarn(result)) {
-        tvsysinfo_append(TVLOCATION, "");
-        return tverrorvalue();
-    }
+    if (istvwarn(result))
+        return tv_trail_return(result, TVLOCATION);
     return result;
 }
 

@@ -680,6 +680,21 @@ int tvsysinfo_append(const std::string& location, const char* fmt, ...)
     return tverrorvalue();
 }
 
+int tv_trail_return(int result, const std::string& location)
+{
+    tvsysinfo_append(location, "");
+    return get_tverror()->is_error() ? tverrorvalue() : result;
+}
+
+void tv_trail_throw(const std::string& location)
+{
+    tvsysinfo_append(location, "");
+    const TVErrDetails* newest = get_tverror()->error_details();
+    if (newest == nullptr)
+        throw;
+    throw TVErrDetails(*newest);
+}
+
 int tvuserinfo_set(const char* fmt, ...)
 {
     TV_FORMAT_ARGS(fmt, text);

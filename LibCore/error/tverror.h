@@ -140,6 +140,35 @@ int tvwarnuser(int code, const std::string& location, const char* fmt, ...) __at
 void tvlog(const std::string& location, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 
 int tverrorvalue();
+
+// The two halves of the inner form of the convention, for code that calls
+// fallible functions:
+//
+//     try {
+//         int result = step();
+//         if (istvwarn(result))
+//             return tv_trail_return(result, TVLOCATION);
+//     } catch (const TVErrDetails&) {
+//         tv_trail_throw(TVLOCATION);
+//     }
+//
+// Each level adds its own position to the newest error's location.
+// tv_trail_return gives the pending error's value to return; a failure
+// returned without a report has no trail to extend, and its value is passed
+// on rather than lost.
+int tv_trail_return(int result, const std::string& location);
+// Only inside a catch block: adds location, then throws a fresh copy of the
+// newest error (or rethrows the caught exception if nothing is pending).
+[[noreturn]] void tv_trail_throw(const std::string& location);
+// Returns from the calling function with the trail extended if expr gives a
+// warning or worse.
+#define TV_PASS_ON(expr)                                          \
+    do {                                                          \
+        const int tvPassOn_ = (expr);                             \
+        if (istvwarn(tvPassOn_))                                  \
+            return tv_trail_return(tvPassOn_, TVLOCATION);        \
+    } while (0)
+
 // The breadcrumb a caller leaves on the way up; returns tverrorvalue().
 int tvsysinfo_append(const std::string& location, const char* fmt, ...) __attribute__((format(printf, 2, 3)));
 int tvuserinfo_set(const char* fmt, ...) __attribute__((format(printf, 1, 2)));

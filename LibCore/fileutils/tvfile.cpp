@@ -146,13 +146,10 @@ int TVFile::set_times(const TVDate& /*created*/, const TVDate& modified)
 
     try {
         const int result = refresh();
-        if (istvwarn(result)) {
-            tvsysinfo_append(TVLOCATION, "");
-            return tverrorvalue();
-        }
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
     return TVErrC_ok;
 }

@@ -145,13 +145,10 @@ int move_or_copy(const std::string& from, const std::string& to, bool createDir,
                              dir.c_str());
         try {
             const int result = tv_create_dir(dir, true);
-            if (istvwarn(result)) {
-                tvsysinfo_append(TVLOCATION, "");
-                return tverrorvalue();
-            }
-        } catch (TVErrDetails&) {
-            tvsysinfo_append(TVLOCATION, "");
-            throw TVErrDetails(*get_tverror()->error_details());
+            if (istvwarn(result))
+                return tv_trail_return(result, TVLOCATION);
+        } catch (const TVErrDetails&) {
+            tv_trail_throw(TVLOCATION);
         }
     }
 
@@ -165,13 +162,10 @@ int move_or_copy(const std::string& from, const std::string& to, bool createDir,
             return tverror(TVErrC_FileRename, TVLOCATION, failed, from.c_str(), to.c_str());
         try {
             const int result = tv_delete_file(to, true);
-            if (istvwarn(result)) {
-                tvsysinfo_append(TVLOCATION, "");
-                return tverrorvalue();
-            }
-        } catch (TVErrDetails&) {
-            tvsysinfo_append(TVLOCATION, "");
-            throw TVErrDetails(*get_tverror()->error_details());
+            if (istvwarn(result))
+                return tv_trail_return(result, TVLOCATION);
+        } catch (const TVErrDetails&) {
+            tv_trail_throw(TVLOCATION);
         }
     }
 

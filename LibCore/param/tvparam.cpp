@@ -22,17 +22,6 @@ int TVParam::TVErrC_okNotHandled = tv_builtin_code("TVParam::TVErrC_okNotHandled
 
 const char* const TVParam::C_ExtraArgs = "-extra-args";
 
-// The caller's half of the error convention: leave our position on the
-// trail and hand the error on.
-#define TVPARAM_PASS_ON(expr)                      \
-    do {                                           \
-        const int passOn_ = (expr);                \
-        if (istvwarn(passOn_)) {                   \
-            tvsysinfo_append(TVLOCATION, "");      \
-            return tverrorvalue();                 \
-        }                                          \
-    } while (0)
-
 
 struct TVParam::TVParamImpl {
     std::string m_programName;
@@ -119,34 +108,32 @@ int TVParam::parse(std::ostream* out)
     // this handler is in place.
     TVErrHandlerPtr handler(new TVParamErrHandler(usage.str(), out, true, false, true, true));
     try {
-        TVPARAM_PASS_ON(validate());
-        TVPARAM_PASS_ON(get_all_options());
+        TV_PASS_ON(validate());
+        TV_PASS_ON(get_all_options());
         for (const auto& file : d->m_files)
-            TVPARAM_PASS_ON(file->read_file(d->m_merged));
+            TV_PASS_ON(file->read_file(d->m_merged));
         read_environment();
 
         std::vector<std::string> args;
         for (int i = 1; i < d->m_argc && d->m_argv[static_cast<size_t>(i)] != C_ExtraArgs; ++i)
             args.push_back(d->m_argv[static_cast<size_t>(i)]);
-        TVPARAM_PASS_ON(d->m_cmdline.parse_cmdline(args, d->m_merged));
+        TV_PASS_ON(d->m_cmdline.parse_cmdline(args, d->m_merged));
 
         d->m_merged.assign_values();
         return parse_standard(out);
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
 }
 
 int TVParam::validate() const
 {
     try {
-        TVPARAM_PASS_ON(d->m_cmdline.validate());
+        TV_PASS_ON(d->m_cmdline.validate());
         for (const auto& file : d->m_files)
-            TVPARAM_PASS_ON(file->validate());
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+            TV_PASS_ON(file->validate());
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
     return TVErrC_ok;
 }
@@ -155,12 +142,11 @@ int TVParam::get_all_options()
 {
     d->m_merged.clear();
     try {
-        TVPARAM_PASS_ON(d->m_cmdline.get_all_options(d->m_merged));
+        TV_PASS_ON(d->m_cmdline.get_all_options(d->m_merged));
         for (const auto& file : d->m_files)
-            TVPARAM_PASS_ON(file->get_all_options(d->m_merged));
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+            TV_PASS_ON(file->get_all_options(d->m_merged));
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
     return TVErrC_ok;
 }
@@ -225,10 +211,9 @@ int TVParam::set_system_value(const std::string& name, const std::string& value)
     try {
         file->adopt(name, d->m_merged)->set_single_value(value, TVParamBase::C_SourceUser);
         if (file->needs_write())
-            TVPARAM_PASS_ON(file->rewrite_file());
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+            TV_PASS_ON(file->rewrite_file());
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
     TVParamBase* merged = d->m_merged.find(name);
     if (merged == nullptr)
@@ -243,16 +228,15 @@ int TVParam::set_system_value(const std::string& name, const std::string& tag, c
     if (file == nullptr)
         return tvwarning(TVErrC_ParamMissing, TVLOCATION, "No user config file set.");
     try {
-        TVPARAM_PASS_ON(file->adopt(name, d->m_merged)->set_tag_value(tag, value, TVParamBase::C_SourceUser));
+        TV_PASS_ON(file->adopt(name, d->m_merged)->set_tag_value(tag, value, TVParamBase::C_SourceUser));
         if (file->needs_write())
-            TVPARAM_PASS_ON(file->rewrite_file());
+            TV_PASS_ON(file->rewrite_file());
         TVParamBase* merged = d->m_merged.find(name);
         if (merged == nullptr)
             return tvwarning(TVErrC_ParamMissing, TVLOCATION, "Could not get the system parameters.");
-        TVPARAM_PASS_ON(merged->set_tag_value(tag, value, TVParamBase::C_SourceUser));
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+        TV_PASS_ON(merged->set_tag_value(tag, value, TVParamBase::C_SourceUser));
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
     return TVErrC_ok;
 }

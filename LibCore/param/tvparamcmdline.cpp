@@ -90,13 +90,10 @@ int TVParamCmdLine::validate() const
     for (const auto& group : m_groups) {
         try {
             const int result = group->validate();
-            if (istvwarn(result)) {
-                tvsysinfo_append(TVLOCATION, "");
-                return tverrorvalue();
-            }
-        } catch (TVErrDetails&) {
-            tvsysinfo_append(TVLOCATION, "");
-            throw TVErrDetails(*get_tverror()->error_details());
+            if (istvwarn(result))
+                return tv_trail_return(result, TVLOCATION);
+        } catch (const TVErrDetails&) {
+            tv_trail_throw(TVLOCATION);
         }
     }
     return TVErrC_ok;
@@ -174,14 +171,11 @@ int TVParamCmdLine::parse_cmdline(std::vector<std::string>& args, TVParamSet& me
     }
     try {
         const int result = picked->parse_cmdline(args, merged);
-        if (istvwarn(result)) {
-            tvsysinfo_append(TVLOCATION, "");
-            return tverrorvalue();
-        }
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
         return result;
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
 }
 

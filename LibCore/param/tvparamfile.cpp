@@ -130,15 +130,12 @@ int TVParamFile::read_file(TVParamSet& merged)
             }
             if (!from.empty()) {
                 const int result = tv_rename_file(from, m_fileName, true, false);
-                if (istvwarn(result)) {
-                    tvsysinfo_append(TVLOCATION, "");
-                    return tverrorvalue();
-                }
+                if (istvwarn(result))
+                    return tv_trail_return(result, TVLOCATION);
             }
         }
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
 
     const TVParamSet& own = get_params();
@@ -171,10 +168,8 @@ int TVParamFile::read_file(TVParamSet& merged)
         merged.set_value(name, value, m_fileName);
     }
     m_updateCount = TVParamBase::current_update_count();
-    if (istvwarn(reported)) {
-        tvsysinfo_append(TVLOCATION, "");
-        return tverrorvalue();
-    }
+    if (istvwarn(reported))
+        return tv_trail_return(reported, TVLOCATION);
     return TVErrC_ok;
 }
 
@@ -228,13 +223,10 @@ int TVParamFile::rewrite_file()
 
     try {
         const int result = tv_rename_file(tmp, m_fileName, true, true);
-        if (istvwarn(result)) {
-            tvsysinfo_append(TVLOCATION, "");
-            return tverrorvalue();
-        }
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
     m_updateCount = TVParamBase::current_update_count();
     return TVErrC_ok;

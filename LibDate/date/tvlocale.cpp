@@ -681,14 +681,11 @@ int TVLocale::write_config() const
     try {
         for (const auto& entry : entries) {
             const int result = tvparam()->set_system_value(entry.first, entry.second);
-            if (istvwarn(result)) {
-                tvsysinfo_append(TVLOCATION, "");
-                return tverrorvalue();
-            }
+            if (istvwarn(result))
+                return tv_trail_return(result, TVLOCATION);
         }
-    } catch (TVErrDetails&) {
-        tvsysinfo_append(TVLOCATION, "");
-        throw TVErrDetails(*get_tverror()->error_details());
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
     return TVErrC_ok;
 }
