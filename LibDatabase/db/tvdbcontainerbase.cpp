@@ -1,0 +1,39 @@
+#include "LibDatabase/db/tvdbcontainerbase.h"
+
+#include "LibCore/error/tverror.h"
+
+#include <ostream>
+
+void TVDBContainerBase::dump(std::ostream& out, int indent) const
+{
+    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    out << pad << "TVDBContainerBase: tag \"" << m_tag << "\"\n";
+}
+
+int TVDBContainerBase::add_object(TVDBObject*)
+{
+    return TVErrC_ok;
+}
+
+int TVDBContainerBase::clear()
+{
+    return TVErrC_ok;
+}
+
+TVDBObject* TVDBContainerBase::find_member_tag(const std::string&) const
+{
+    return nullptr;
+}
+
+void TVDBContainerBase::find_all_member_tag(const std::string&, TVPtrArray<TVDBObject>&) const {}
+
+int TVDBContainerBase::get_num_member_tag(const std::string&) const
+{
+    return 0;
+}
+
+std::ostream& operator<<(std::ostream& out, const TVDBContainerBase& container)
+{
+    container.dump(out, 0);
+    return out;
+}

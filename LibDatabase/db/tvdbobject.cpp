@@ -1,0 +1,761 @@
+#include "LibDatabase/db/tvdbobject.h"
+
+#include "LibCore/ptrarray/tvptrarrayindex.h"
+#include "LibCore/textstr/tvtextstr.h"
+#include "LibDatabase/db/tvdbcontainerbase.h"
+#include "LibDatabase/db/tvdbhost.h"
+#include "LibDate/date/tvdateutils.h"
+#include "LibObject/object/tvobjectprereg.h"
+#include "LibObject/object/tvsrlobjectarray.h"
+#include "LibObject/object/tvsrlvalue.h"
+#include "LibObject/object/tvsrlvaluevector.h"
+#include "LibObject/object/tvtrail.h"
+
+#include <algorithm>
+#include <cctype>
+#include <ostream>
+
+namespace {
+constexpr const char* C_ClassName = "TVDBObject";
+const TVObjectPreReg s_preReg(C_ClassName, TVDBObject::create_tvobject);
+
+// A change location older than this is no longer worth showing.
+constexpr long C_ModifyLocLifeSecs = 86400;
+
+template <class T>
+void clone_all(const TVPtrArray<T>& from, TVPtrArray<T>& to)
+{
+    to.clear();
+    for (const T* object : from) {
+        TVObject* copy = object->clone_class();
+        T* typed = dynamic_cast<T*>(copy);
+        if (typed == nullptr)
+            delete copy;
+        else
+            to.add(typed);
+    }
+}
+} // namespace
+
+// One stored variable as the "V" lines carry it. The schema layer's
+// TVVariable takes its place; until then the lines go round unchanged.
+struct TVDBVarLine {
+    std::string m_tag;
+    bool m_initialised = false;
+    std::string m_value;
+};
+
+struct TVDBObject::TVDBObjectImpl {
+    int m_id = -1;
+    std::unique_ptr<TVDBObject> m_backup;
+    char m_state = E_StateNormal;
+    TVPtrArrayIndex<TVDBContainerBase> m_containers{false};
+    int m_parentId = -1;
+    TVDBObject* m_parent = nullptr;
+    std::string m_containerTag;
+    std::string m_memberTag;
+    TVDatabase* m_database = nullptr;
+    std::vector<TVDBObjectLink> m_links;
+    int m_specId = -1;
+    std::vector<TVDBVarLine> m_variables;
+    bool m_objectSerialised = false;
+    bool m_triggerUpdateVars = false;
+    TVDate m_createTime{TVDate::C_Blank};
+    int m_createID = -1;
+    TVDate m_modifyTime{TVDate::C_Blank};
+    std::string m_modifyLoc;
+    int m_alertState = 0;
+    TVPtrArray<TVDBObject> m_children{true};
+    TVPtrArray<TVObject> m_scripts{true}; // TVDBScript once the script layer exists
+    bool m_created = false;
+};
+
+TVDBObject::TVDBObject() : d(new TVDBObjectImpl)
+{
+    register_tvobject();
+}
+
+TVDBObject::TVDBObject(const TVDBObject& other)
+    : TVObject(other), TVUpdateCounter(other), TVLockable(other), d(new TVDBObjectImpl)
+{
+    copy_fields(other);
+    register_tvobject();
+}
+
+TVDBObject& TVDBObject::operator=(const TVDBObject& other)
+{
+    if (this != &other) {
+        TVObject::operator=(other);
+        TVUpdateCounter::operator=(other);
+        copy_fields(other);
+    }
+    return *this;
+}
+
+TVDBObject::~TVDBObject() = default;
+
+void TVDBObject::copy_fields(const TVDBObject& other)
+{
+    const TVDBObjectImpl& o = *other.d;
+    d->m_id = o.m_id;
+    d->m_state = o.m_state;
+    d->m_parentId = o.m_parentId;
+    d->m_parent = o.m_parent;
+    d->m_containerTag = o.m_containerTag;
+    d->m_memberTag = o.m_memberTag;
+    d->m_database = o.m_database;
+    d->m_links = o.m_links;
+    d->m_specId = o.m_specId;
+    d->m_variables = o.m_variables;
+    d->m_objectSerialised = o.m_objectSerialised;
+    d->m_triggerUpdateVars = o.m_triggerUpdateVars;
+    d->m_createTime = o.m_createTime;
+    d->m_createID = o.m_createID;
+    d->m_modifyTime = o.m_modifyTime;
+    d->m_modifyLoc = o.m_modifyLoc;
+    d->m_alertState = o.m_alertState;
+    d->m_created = o.m_created;
+    clone_all(o.m_children, d->m_children);
+    clone_all(o.m_scripts, d->m_scripts);
+}
+
+void TVDBObject::set_defaults(bool constructing)
+{
+    TVObject::set_defaults(constructing);
+    TVPtrArrayIndex<TVDBContainerBase> containers = std::move(d->m_containers);
+    d.reset(new TVDBObjectImpl);
+    d->m_containers = std::move(containers);
+}
+
+int TVDBObject::create_tvobject(TVObject*& out, const TVObject* source)
+{
+    return tv_create_tvobject<TVDBObject>(out, source, C_ClassName);
+}
+
+void TVDBObject::register_tvobject()
+{
+    register_objectname(C_ClassName, create_tvobject);
+}
+
+// ---- Serial form -------------------------------------------------------------
+
+int TVDBObject::serialise(std::istream* in, std::ostream* out, const std::string& prefix,
+                          int version)
+{
+    try {
+        std::vector<std::string> varLines;
+        if (out != nullptr)
+            for (const TVDBVarLine& var : d->m_variables)
+                varLines.push_back(var.m_tag + (var.m_initialised ? "#1 " : "#0 ") +
+                                   tv_stream_out(var.m_value));
+
+        int result = serialise_value(in, out, prefix, "I", TVSrlValue<int>(d->m_id, -1));
+        if (!istvwarn(result))
+            result = serialise_value(in, out, prefix, "S",
+                                     TVSrlValue<char>(d->m_state, E_StateNormal));
+        if (!istvwarn(result))
+            result = serialise_value(in, out, prefix, "P", TVSrlValue<int>(d->m_parentId, -1));
+        if (!istvwarn(result))
+            result = serialise_string(in, out, prefix, "C", d->m_containerTag, true);
+        if (!istvwarn(result))
+            result = serialise_string(in, out, prefix, "M", d->m_memberTag, true);
+        if (!istvwarn(result))
+            result = serialise_value(in, out, prefix, "L",
+                                     TVSrlValueVector<TVDBObjectLink>(d->m_links));
+        if (!istvwarn(result))
+            result = serialise_value(in, out, prefix, "O", TVSrlValue<int>(d->m_specId, -1));
+        if (!istvwarn(result))
+            result = serialise_string_vector(in, out, prefix, "V", varLines);
+        if (!istvwarn(result))
+            result = serialise_value(in, out, prefix, "CT",
+                                     TVSrlValue<TVDate>(d->m_createTime, TVDate::C_Blank));
+        if (!istvwarn(result))
+            result = serialise_value(in, out, prefix, "CI", TVSrlValue<int>(d->m_createID, -1));
+        // The modify time defaults to the create time just read: an object
+        // never changed since its creation carries one stamp.
+        if (!istvwarn(result))
+            result = serialise_value(in, out, prefix, "MT",
+                                     TVSrlValue<TVDate>(d->m_modifyTime, d->m_createTime));
+        if (!istvwarn(result))
+            result = serialise_object(in, out, prefix, "MC",
+                                      TVSrlObjectArray<TVDBObject>(d->m_children, version));
+        if (!istvwarn(result))
+            result = serialise_object(in, out, prefix, "SC",
+                                      TVSrlObjectArray<TVObject>(d->m_scripts, version));
+        if (!istvwarn(result) && in != nullptr) {
+            // Old files carry an edit flag; it meant nothing after a load.
+            bool discarded = false;
+            result = serialise_value(in, nullptr, prefix, "E", TVSrlValue<bool>(discarded, false));
+        }
+        if (!istvwarn(result))
+            result = TVObject::serialise(in, out, prefix, version);
+
+        if (!istvwarn(result) && in != nullptr) {
+            if (d->m_parentId == d->m_id)
+                d->m_parentId = -1;
+            for (TVDBVarLine& var : d->m_variables)
+                var.m_initialised = true;
+            for (const std::string& line : varLines) {
+                result = var_from_string(line);
+                if (istvwarn(result))
+                    break;
+            }
+            if (!istvwarn(result))
+                finish_read();
+        }
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+void TVDBObject::finish_read()
+{
+    d->m_objectSerialised = true;
+    trigger_update_vars();
+    if (!d->m_modifyLoc.empty() && d->m_modifyTime.is_ok() &&
+        TVDateUtils::now() - d->m_modifyTime > C_ModifyLocLifeSecs)
+        d->m_modifyLoc.clear();
+    if (d->m_modifyTime.is_invalid())
+        d->m_modifyTime = d->m_createTime;
+}
+
+int TVDBObject::var_from_string(const std::string& line)
+{
+    // "tag#1 value": the tag runs to the first "#" (to the first space in
+    // lines without one), then the initialised digit and a space.
+    size_t end = line.find('#');
+    if (end == std::string::npos)
+        end = line.find(' ');
+    if (end == std::string::npos || end + 2 >= line.size() ||
+        !std::isdigit(static_cast<unsigned char>(line[end + 1])) || line[end + 2] != ' ')
+        return tvwarning(TVErrC_FileLineInvalid, TVLOCATION, "Invalid embedded variable %s",
+                         line.c_str());
+    const std::string tag = line.substr(0, end);
+    auto var = std::find_if(d->m_variables.begin(), d->m_variables.end(),
+                            [&tag](const TVDBVarLine& v) { return v.m_tag == tag; });
+    if (var == d->m_variables.end()) {
+        d->m_variables.push_back(TVDBVarLine{tag, false, std::string()});
+        var = d->m_variables.end() - 1;
+    }
+    var->m_initialised = line[end + 1] != '0';
+    var->m_value = tv_stream_in(line.substr(end + 3));
+    return TVErrC_ok;
+}
+
+void TVDBObject::dump(std::ostream& out, int indent) const
+{
+    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    out << pad << "TVDBObject: id " << d->m_id << ", state " << get_obj_state() << ", parent "
+        << d->m_parentId << " \"" << d->m_containerTag << "\" \"" << d->m_memberTag
+        << "\", spec " << d->m_specId << ", created " << d->m_createTime << " (first id "
+        << d->m_createID << "), modified " << d->m_modifyTime << " at " << d->m_modifyLoc
+        << '\n';
+    out << pad << "    " << d->m_links.size() << " links, " << d->m_variables.size()
+        << " variables, " << d->m_children.size() << " managed children, "
+        << d->m_scripts.size() << " scripts, " << d->m_containers.size() << " containers"
+        << (is_edited() ? ", edited" : "") << '\n';
+    TVUpdateCounter::dump(out, indent + 1);
+    TVLockable::dump(out, indent + 1);
+    for (const TVDBObject* child : d->m_children)
+        child->dump(out, indent + 1);
+    TVObject::dump(out, indent + 1);
+}
+
+bool TVDBObject::operator==(const TVDBObject& other) const
+{
+    return derived_compare(other, 0);
+}
+
+std::ostream& operator<<(std::ostream& out, const TVDBObject& object)
+{
+    object.dump(out, 0);
+    return out;
+}
+
+// ---- Virtual operations --------------------------------------------------------
+
+void TVDBObject::remap_id(int old_id, int new_id)
+{
+    bool changed = false;
+    if (d->m_parentId == old_id) {
+        d->m_parentId = new_id;
+        changed = true;
+    }
+    if (d->m_specId == old_id) {
+        d->m_specId = new_id;
+        changed = true;
+    }
+    for (TVDBObjectLink& link : d->m_links)
+        if (link.m_id == old_id) {
+            link.m_id = new_id;
+            changed = true;
+        }
+    if (changed && old_id != new_id)
+        mark_changed(TVLOCATION, true);
+}
+
+std::string TVDBObject::get_container_tag() const
+{
+    return d->m_containerTag;
+}
+
+bool TVDBObject::is_app_flagged() const
+{
+    return false;
+}
+
+TVDBObject* TVDBObject::get_child_by_mtag(const std::string& tag) const
+{
+    for (const TVDBContainerBase* container : d->m_containers)
+        if (TVDBObject* child = container->find_member_tag(tag))
+            return child;
+    return nullptr;
+}
+
+int TVDBObject::get_num_member_tag(const std::string& tag) const
+{
+    TVPtrArray<TVDBObject> children(false);
+    get_children_by_mtag(tag, children);
+    return children.size();
+}
+
+int TVDBObject::on_remove()
+{
+    return TVErrC_ok;
+}
+
+int TVDBObject::on_add()
+{
+    return TVErrC_ok;
+}
+
+std::string TVDBObject::get_summary() const
+{
+    return std::string();
+}
+
+bool TVDBObject::uses_spec() const
+{
+    return true;
+}
+
+int TVDBObject::apply_objectspec(const TVObjectSpec&)
+{
+    return TVErrC_ok;
+}
+
+std::string TVDBObject::get_sysvalue(const std::string&) const
+{
+    return std::string();
+}
+
+std::string TVDBObject::get_sysvalue(const std::string&, const std::string&) const
+{
+    return std::string();
+}
+
+int TVDBObject::set_sysvalue(const std::string&, const std::string&)
+{
+    return TVErrC_ok;
+}
+
+int TVDBObject::set_sysvalue(const std::string&, const std::string&, const std::string&)
+{
+    return TVErrC_ok;
+}
+
+bool TVDBObject::sysval_is_calculated(const std::string&) const
+{
+    return false;
+}
+
+int TVDBObject::pre_validate_value(const std::string&, const std::string&, const std::string&,
+                                   std::string&) const
+{
+    return TVErrC_ok;
+}
+
+void TVDBObject::trigger_update_vars()
+{
+    d->m_triggerUpdateVars = true;
+}
+
+bool TVDBObject::apply_note(const TVDBNote&)
+{
+    return false;
+}
+
+void TVDBObject::mark_structure_change()
+{
+    const TVDBHost* host = TVDBHost::installed();
+    if (host != nullptr && d->m_database != nullptr)
+        host->record_structure_change(*d->m_database, get_last_update());
+}
+
+bool TVDBObject::is_app_enabled() const
+{
+    return true;
+}
+
+// ---- Identity ------------------------------------------------------------------
+
+int TVDBObject::get_id() const
+{
+    return d->m_id;
+}
+
+TVId TVDBObject::get_ids(int seq) const
+{
+    return TVId(d->m_id, seq, -1);
+}
+
+void TVDBObject::set_id(int id, const TVDate& created, bool reset_create_id)
+{
+    if (reset_create_id)
+        d->m_createID = -1;
+    if (id == d->m_id)
+        return;
+    if (!reset_create_id && d->m_createID == -1 && d->m_id >= 0)
+        d->m_createID = d->m_id;
+    d->m_id = id;
+    d->m_createTime = created;
+    mark_changed(TVLOCATION, true);
+}
+
+int TVDBObject::get_create_id() const
+{
+    return d->m_createID != -1 ? d->m_createID : d->m_id;
+}
+
+bool TVDBObject::get_created() const
+{
+    return d->m_created;
+}
+
+const TVDate& TVDBObject::get_create_time() const
+{
+    return d->m_createTime;
+}
+
+const TVDate& TVDBObject::get_modify_time() const
+{
+    return d->m_modifyTime;
+}
+
+const std::string& TVDBObject::get_modify_loc() const
+{
+    return d->m_modifyLoc;
+}
+
+int TVDBObject::get_spec_id() const
+{
+    return d->m_specId;
+}
+
+void TVDBObject::set_spec_id(int spec_id)
+{
+    if (spec_id == d->m_specId)
+        return;
+    d->m_specId = spec_id;
+    mark_changed(TVLOCATION, true);
+}
+
+// ---- Tree ----------------------------------------------------------------------
+
+int TVDBObject::get_parent_id() const
+{
+    return d->m_parentId;
+}
+
+TVDBObject* TVDBObject::get_parent() const
+{
+    return d->m_parent;
+}
+
+void TVDBObject::set_parent(TVDBObject* parent, const std::string& container_tag,
+                            const std::string& member_tag, TVDatabase* db)
+{
+    const int parentId = parent != nullptr ? parent->get_id() : -1;
+    const std::string& ctag = parent != nullptr ? container_tag : C_EmptyString;
+    const std::string& mtag = parent != nullptr ? member_tag : C_EmptyString;
+    const bool changed =
+        parentId != d->m_parentId || ctag != d->m_containerTag || mtag != d->m_memberTag;
+    d->m_parentId = parentId;
+    d->m_parent = parent;
+    d->m_containerTag = ctag;
+    d->m_memberTag = mtag;
+    d->m_database = db;
+    if (changed) {
+        trigger_update_vars();
+        mark_changed(TVLOCATION, true);
+    }
+}
+
+void TVDBObject::set_parent_ptr(TVDBObject* parent, TVDatabase* db)
+{
+    d->m_parent = parent;
+    d->m_database = db;
+}
+
+const std::string& TVDBObject::get_member_tag() const
+{
+    return d->m_memberTag;
+}
+
+TVDatabase* TVDBObject::get_database() const
+{
+    return d->m_database;
+}
+
+void TVDBObject::add_container(TVDBContainerBase& container)
+{
+    (void)d->m_containers.add(container.get_tag(), &container);
+}
+
+TVDBContainerBase* TVDBObject::get_container(const std::string& tag) const
+{
+    return d->m_containers.find(tag);
+}
+
+bool TVDBObject::remap_container(const std::string& old_tag, const std::string& new_tag)
+{
+    TVDBContainerBase* container = d->m_containers.find(old_tag);
+    if (container == nullptr || d->m_containers.contains(new_tag))
+        return false;
+    d->m_containers.erase(old_tag);
+    container->set_tag(new_tag);
+    (void)d->m_containers.add(new_tag, container);
+    return true;
+}
+
+void TVDBObject::clear_containers()
+{
+    for (TVDBContainerBase* container : d->m_containers)
+        (void)container->clear();
+}
+
+int TVDBObject::get_ncontainers() const
+{
+    return d->m_containers.size();
+}
+
+TVDBContainerBase* TVDBObject::get_container_by_index(int index) const
+{
+    return index >= 0 && index < d->m_containers.size() ? d->m_containers[index] : nullptr;
+}
+
+void TVDBObject::get_children_by_mtag(const std::string& tag, TVPtrArray<TVDBObject>& found) const
+{
+    // One child may stand in several containers (its own, the empty-tagged
+    // one): keep the first sighting.
+    TVPtrArray<TVDBObject> all(false);
+    for (const TVDBContainerBase* container : d->m_containers)
+        container->find_all_member_tag(tag, all);
+    for (TVDBObject* child : all)
+        if (found.index_of(child) < 0)
+            found.add(child);
+}
+
+// ---- Changes ---------------------------------------------------------------------
+
+void TVDBObject::mark_changed(const std::string& location, bool now)
+{
+    if (now || !d->m_modifyTime.is_ok())
+        d->m_modifyTime = TVDateUtils::now();
+    else
+        d->m_modifyTime += TVDuration(1);
+    d->m_modifyLoc = location;
+    mark_update();
+}
+
+void TVDBObject::set_state(char state)
+{
+    if (state == d->m_state)
+        return;
+    d->m_state = state;
+    mark_changed(TVLOCATION, true);
+}
+
+char TVDBObject::get_obj_state() const
+{
+    switch (d->m_state) {
+    case E_StateDeleted:
+    case E_StateEdited:
+    case E_StateLocked:
+        return d->m_state;
+    default:
+        return E_StateNormal;
+    }
+}
+
+bool TVDBObject::is_edited() const
+{
+    return d->m_backup != nullptr;
+}
+
+int TVDBObject::edit(int lock_id, bool created)
+{
+    try {
+        d->m_created = created;
+        int result = lock(lock_id);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        d->m_backup.reset();
+        std::unique_ptr<TVObject> copy(clone_class());
+        TVDBObject* backup = dynamic_cast<TVDBObject*>(copy.get());
+        if (backup == nullptr) {
+            (void)unlock();
+            return tvwarning(TVErrC_DynamicCast, TVLOCATION, "Could not duplicate this object.");
+        }
+        copy.release();
+        d->m_backup.reset(backup);
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBObject::commit()
+{
+    try {
+        if (!is_locked())
+            return tvwarning(TVLockable::TVErrC_ObjectNotLocked, TVLOCATION,
+                             "The object %d was not locked.", d->m_id);
+        if (d->m_backup == nullptr)
+            return tvwarning(TVErrC_NullPointer, TVLOCATION, "The object %d was not backed up.",
+                             d->m_id);
+        d->m_backup.reset();
+        // Prompt variables are the schema layer's; the stored lines have none.
+        int result = unlock();
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        mark_changed(TVLOCATION, true);
+        d->m_created = false;
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBObject::revert()
+{
+    try {
+        if (!is_locked())
+            return tvwarning(TVLockable::TVErrC_ObjectNotLocked, TVLOCATION,
+                             "The object %d was not locked.", d->m_id);
+        if (d->m_backup == nullptr)
+            return tvwarning(TVErrC_NullPointer, TVLOCATION, "The object %d was not backed up.",
+                             d->m_id);
+        const TVDBHost* host = TVDBHost::installed();
+        const int version =
+            host != nullptr && d->m_database != nullptr ? host->appfileversion(*d->m_database) : 0;
+        const int id = d->m_id;
+        // The backup goes away with the read below only if we let go of it first.
+        std::unique_ptr<TVDBObject> backup = std::move(d->m_backup);
+        int result = derived_assign(*backup, version);
+        d->m_id = id;
+        if (istvwarn(result)) {
+            d->m_backup = std::move(backup);
+            return tv_trail_return(result, TVLOCATION);
+        }
+        result = unlock();
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// ---- Links -------------------------------------------------------------------------
+
+void TVDBObject::add_link(int id, const std::string& tag)
+{
+    d->m_links.emplace_back(id, tag);
+    mark_changed(TVLOCATION, true);
+}
+
+int TVDBObject::remove_link(int id, const std::string& tag, bool warn)
+{
+    const TVDBObjectLink link(id, tag);
+    const auto end = std::remove(d->m_links.begin(), d->m_links.end(), link);
+    if (end == d->m_links.end())
+        return warn ? tvwarning(TVErrC_InvalidValue, TVLOCATION, "Could not find ID %d", id)
+                    : TVErrC_ok;
+    d->m_links.erase(end, d->m_links.end());
+    mark_changed(TVLOCATION, true);
+    return TVErrC_ok;
+}
+
+std::vector<int> TVDBObject::get_links(const std::string& tag) const
+{
+    std::vector<int> ids;
+    for (const TVDBObjectLink& link : d->m_links)
+        if (link.m_tag == tag)
+            ids.push_back(link.m_id);
+    return ids;
+}
+
+const std::vector<TVDBObjectLink>& TVDBObject::get_all_links() const
+{
+    return d->m_links;
+}
+
+// ---- Managed children ------------------------------------------------------------------
+
+void TVDBObject::add_managed_child(TVDBObject* child)
+{
+    if (child == nullptr)
+        return;
+    (void)d->m_children.insert(0, child);
+    mark_changed(TVLOCATION, true);
+}
+
+TVDBObject* TVDBObject::extract_managed_child()
+{
+    if (d->m_children.empty())
+        return nullptr;
+    TVDBObject* child = d->m_children.remove(0);
+    mark_changed(TVLOCATION, true);
+    return child;
+}
+
+int TVDBObject::get_nmanaged_children() const
+{
+    return d->m_children.size();
+}
+
+// ---- Variables and display state ---------------------------------------------------------
+
+int TVDBObject::get_nvariables() const
+{
+    return static_cast<int>(d->m_variables.size());
+}
+
+bool TVDBObject::is_serialised() const
+{
+    return d->m_objectSerialised;
+}
+
+bool TVDBObject::update_vars_due() const
+{
+    return d->m_triggerUpdateVars;
+}
+
+void TVDBObject::clear_update_vars_due()
+{
+    d->m_triggerUpdateVars = false;
+}
+
+int TVDBObject::get_alert_state() const
+{
+    return d->m_alertState;
+}
+
+void TVDBObject::set_alert_state(int state)
+{
+    d->m_alertState = state;
+}
