@@ -34,7 +34,7 @@ run: build
 
 bench: setup
 	@cmake -S . -B $(RELEASE) -G Ninja -DCMAKE_BUILD_TYPE=Release -DTV_BENCHMARKS=ON -DTV_TESTS=OFF >/dev/null
-	@cmake --build $(RELEASE) -j $(JOBS)
+	@cmake --build $(RELEASE) -j $(JOBS) --target benchmarks
 	@for b in $(RELEASE)/bin/bench_*; do echo "== $$b"; $$b; done
 
 # The serial form's libFuzzer target, built with clang in a configuration

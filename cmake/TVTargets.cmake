@@ -14,3 +14,11 @@ function(tv_add_tests name)
     DISCOVERY_MODE PRE_TEST
     DISCOVERY_TIMEOUT 60)
 endfunction()
+
+# Adds the tests/ folder beside a library when tests are built, so that a
+# folder's own test settings never meet a target that doesn't exist.
+macro(tv_add_tests_folder)
+  if(TV_TESTS)
+    add_subdirectory(tests)
+  endif()
+endmacro()
