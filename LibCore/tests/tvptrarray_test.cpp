@@ -52,21 +52,6 @@ protected:
     }
 };
 
-TEST_F(PtrArrayTest, OwningArrayDeletesOnEraseClearAndDestruction)
-{
-    {
-        TVPtrArray<Counted> array(true);
-        fill(array, {1, 2, 3, 4});
-        EXPECT_EQ(array.erase(1), TVErrC_ok);
-        EXPECT_EQ(Counted::live, 3);
-        EXPECT_EQ(values(array), (std::vector<int>{1, 3, 4}));
-        array.clear();
-        EXPECT_EQ(Counted::live, 0);
-        fill(array, {5, 6});
-    }
-    // The destructor took the last two.
-}
-
 TEST_F(PtrArrayTest, NonOwningArrayNeverDeletes)
 {
     Counted a(1), b(2);
@@ -79,33 +64,6 @@ TEST_F(PtrArrayTest, NonOwningArrayNeverDeletes)
         array.add(&a);
     }
     EXPECT_EQ(Counted::live, 2);
-}
-
-TEST_F(PtrArrayTest, RemoveHandsOwnershipToTheCaller)
-{
-    TVPtrArray<Counted> array(true);
-    fill(array, {1, 2});
-    Counted* taken = array.remove(0);
-    ASSERT_NE(taken, nullptr);
-    EXPECT_EQ(taken->value, 1);
-    EXPECT_EQ(array.size(), 1);
-    array.clear();
-    EXPECT_EQ(Counted::live, 1);  // the array no longer had it
-    delete taken;
-}
-
-TEST_F(PtrArrayTest, InsertPlacesBeforeTheIndex)
-{
-    TVPtrArray<Counted> array(true);
-    fill(array, {1, 3});
-    EXPECT_EQ(array.insert(1, new Counted(2)), TVErrC_ok);
-    EXPECT_EQ(array.insert(0, new Counted(0)), TVErrC_ok);
-    EXPECT_EQ(array.insert(4, new Counted(4)), TVErrC_ok);
-    EXPECT_EQ(values(array), (std::vector<int>{0, 1, 2, 3, 4}));
-    EXPECT_EQ(array.index_of(array[2]), 2);
-    EXPECT_EQ(array.index_of(nullptr), -1);
-    EXPECT_EQ(array.first()->value, 0);
-    EXPECT_EQ(array.last()->value, 4);
 }
 
 TEST_F(PtrArrayTest, CheckedCallsRaiseOnABadIndex)
@@ -195,6 +153,8 @@ TEST_F(PtrArrayTest, SortOrdersByTheElements)
 // Random adds, inserts, erases and removals on an owning array and on a
 // plain vector of values; the two must agree after every step, and the
 // live count must equal the size (nothing leaked, nothing freed early).
+// A removed element is the caller's: the test deletes it, and ASan would
+// report a second delete by the array.
 TEST_F(PtrArrayTest, RandomOperationsMatchAPlainVector)
 {
     const unsigned seed = 2024;
@@ -231,6 +191,12 @@ TEST_F(PtrArrayTest, RandomOperationsMatchAPlainVector)
         ASSERT_EQ(values(array), model) << "step " << step;
         ASSERT_EQ(Counted::live, static_cast<int>(model.size())) << "step " << step;
     }
+    ASSERT_FALSE(model.empty());
+    EXPECT_EQ(array.first()->value, model.front());
+    EXPECT_EQ(array.index_of(array.last()), array.size() - 1);
+    array.clear();
+    EXPECT_EQ(Counted::live, 0);
+    EXPECT_EQ(array.first(), nullptr);
 }
 
 // ---- TVPtrArrayIndex --------------------------------------------------------
@@ -249,39 +215,26 @@ protected:
     }
 };
 
-TEST_F(PtrArrayIndexTest, KeepsInsertionOrderAndFindsByKey)
+TEST_F(PtrArrayIndexTest, KeepsInsertionOrderFindsByKeyAndRefusesATakenKey)
 {
     TVPtrArrayIndex<Counted> index(true);
     fill(index, {{"zeta", 1}, {"alpha", 2}, {"mid", 3}});
-    EXPECT_EQ(index.size(), 3);
     EXPECT_EQ(index[0]->value, 1);
-    EXPECT_EQ(index.find("alpha")->value, 2);
     EXPECT_EQ(index.get("mid"), index[2]);
-    EXPECT_EQ(index.find("nobody"), nullptr);
     EXPECT_EQ(index.index_of("alpha"), 1);
     EXPECT_EQ(index.index_of("nobody"), -1);
+    EXPECT_EQ(index.find("nobody"), nullptr);
     EXPECT_EQ(index.index().begin()->first, "alpha");  // the map is in key order
-}
 
-TEST_F(PtrArrayIndexTest, ATakenKeyLeavesTheNewElementWithTheCaller)
-{
-    TVPtrArrayIndex<Counted> index(true);
-    fill(index, {{"a", 1}});
-    Counted* second = new Counted(2);
-    EXPECT_FALSE(index.add("a", second));
-    EXPECT_EQ(index.size(), 1);
-    EXPECT_EQ(index.find("a")->value, 1);  // the first one stays
+    // A taken key leaves the new element with the caller.
+    Counted* second = new Counted(9);
+    EXPECT_FALSE(index.add("alpha", second));
+    EXPECT_EQ(index.find("alpha")->value, 2);
     delete second;
-}
 
-TEST_F(PtrArrayIndexTest, EraseDropsKeyAndDeletesTheElement)
-{
-    TVPtrArrayIndex<Counted> index(true);
-    fill(index, {{"a", 1}, {"b", 2}, {"c", 3}});
-    EXPECT_TRUE(index.erase("b"));
-    EXPECT_FALSE(index.erase("b"));
+    EXPECT_TRUE(index.erase("alpha"));
+    EXPECT_FALSE(index.erase("alpha"));
     EXPECT_EQ(Counted::live, 2);
-    EXPECT_EQ(index.find("b"), nullptr);
     EXPECT_EQ(index.get(1)->value, 3);
     index.clear();
     EXPECT_EQ(Counted::live, 0);
