@@ -162,33 +162,24 @@ TEST_F(DebugTest, FrameLeftByAnExceptionIsStillClosed)
     EXPECT_EQ(trace_lines().back(), "| | ---- traced_then_throw (1)");
 }
 
-TEST_F(DebugTest, ScopeThatEnteredNothingLeavesTheCallersFrameOpen)
-{
-    TVDebugScope caller("caller", true, false, true);
-    {
-        TVDebugScope disabled("disabled", false, false, false);
-        TVDebugScope unnamed(nullptr, false, false, true);
-        EXPECT_FALSE(disabled.is_entered());
-        EXPECT_FALSE(unnamed.is_entered());
-    }
-    EXPECT_EQ(debug->get_depth(), 1);
-    EXPECT_TRUE(debug->get_finished().empty());
-}
-
-TEST_F(DebugTest, SkipIfIdleTracesOnlyUnderAnotherFrame)
+TEST_F(DebugTest, ScopeThatEntersNothingLeavesTheStackAlone)
 {
     {
-        TVDebugScope idle("idle", false, true, true);
+        TVDebugScope idle("idle", false, true, true);  // skip if idle: no caller
         EXPECT_FALSE(idle.is_entered());
-        EXPECT_EQ(debug->get_depth(), 0);
     }
     {
         TVDebugScope caller("caller", true, false, true);
+        {
+            TVDebugScope disabled("disabled", false, false, false);
+            TVDebugScope unnamed(nullptr, false, false, true);
+            EXPECT_FALSE(disabled.is_entered() || unnamed.is_entered());
+        }
+        EXPECT_EQ(debug->get_depth(), 1);  // their ends didn't close the caller
         TVDebugScope busy("busy", true, true, true);
-        EXPECT_TRUE(busy.is_entered());
         EXPECT_EQ(debug->get_depth(), 2);
     }
-    EXPECT_EQ(finished("idle"), nullptr);
+    ASSERT_EQ(debug->get_finished().size(), 2u);
     EXPECT_NE(finished("busy"), nullptr);
     // A leave with nothing on the stack changes nothing.
     debug->leave_function();
@@ -219,26 +210,6 @@ TEST_F(DebugTest, ProfileHasARowPerFunctionWithItsCallersAndCalleesBelow)
     EXPECT_EQ(trace_lines(), expected);
     for (const std::string& line : trace_lines())
         EXPECT_EQ(line.size(), 79u) << line;
-}
-
-TEST_F(DebugTest, FramesAndEdgesDumpWithTheirLabels)
-{
-    {
-        TVDebugScope outer("outer", true, false, true);
-        TVDebugScope inner("inner", true, false, true);
-        clock.advance(0, C_QuarterSecond);
-    }
-    std::ostringstream out;
-    finished("outer")->dump(out, 1);
-    EXPECT_EQ(out.str(), "    TVStackFrame Object:\n"
-                         "     Name:  outer\n"
-                         "     Calls: 1\n"
-                         "     Spent: 0.25000\n"
-                         "     Own calls:\n"
-                         "        TVStackReference Object:\n"
-                         "         Name:  inner\n"
-                         "         Calls: 1\n"
-                         "         Spent: 0.25000\n");
 }
 
 TEST_F(DebugTest, ThreadFunctionSendsEachThreadToItsOwnRecord)
@@ -272,13 +243,4 @@ TEST_F(DebugTest, ThreadFunctionSendsEachThreadToItsOwnRecord)
         EXPECT_EQ(record->get_finished()[0].get_count(), C_Calls);
     }
     EXPECT_EQ(debug->find_record(C_Threads + 1), nullptr);
-
-    // The dump of the head walks the whole chain.
-    std::ostringstream dumped;
-    debug->dump(dumped, 0);
-    size_t records = 0;
-    for (size_t at = dumped.str().find("TVDebug Object:"); at != std::string::npos;
-         at = dumped.str().find("TVDebug Object:", at + 1))
-        ++records;
-    EXPECT_EQ(records, static_cast<size_t>(C_Threads + 1));
 }
