@@ -12,6 +12,7 @@
 #include "LibCore/error/tverrhandlerlogfile.h"
 #include "LibCore/error/tverrhandlerptr.h"
 #include "LibCore/error/tverrhandlerstream.h"
+#include "LibCore/tests/tvfiletest.h"
 #include "LibDate/date/tvlocale.h"
 
 namespace {
@@ -33,15 +34,7 @@ protected:
     void TearDown() override { TVError::release(); }
 
     std::string log_path() const { return dir.filePath("app_error.log").toStdString(); }
-
-    static std::vector<std::string> read_lines(const std::string& path)
-    {
-        std::ifstream in(path);
-        std::vector<std::string> lines;
-        for (std::string line; std::getline(in, line);)
-            lines.push_back(line);
-        return lines;
-    }
+    std::vector<std::string> log_lines() const { return tv_read_lines(log_path()); }
 
     static void write_lines(const std::string& path, int count)
     {
@@ -192,6 +185,7 @@ TEST(ErrorCodeTable, CodesOfHigherLibrariesKeepTheirNumbers)
         EXPECT_EQ(tv_builtin_code(row.second), row.first) << row.second;
         EXPECT_EQ(get_tverror()->get_code(row.first).get_name(), row.second);
     }
+    EXPECT_EQ(get_tverror()->get_code(1).get_description(), "Could not start a new thread.");
     EXPECT_EQ(get_tverror()->get_code(69).get_description(), "Corrupt database session file.");
     EXPECT_EQ(tv_builtin_code("TVErrC_NoSuchCode"), -1);
 }
@@ -256,13 +250,9 @@ TEST_F(ErrorTest, SeverityDecidesWhatHappens)
     EXPECT_EQ(error->error_at(1)->get_code(), TVErrC_FileRead);
 }
 
-TEST_F(ErrorTest, FatalErrorStopsTheProcess)
+TEST_F(ErrorTest, FatalErrorAndDetailsWithNothingPendingStopTheProcess)
 {
     EXPECT_DEATH(tvfatal(TVErrC_OutOfMemory, "a.cpp:1", "gone"), "Assertion");
-}
-
-TEST_F(ErrorTest, SetDetailsWithNothingPendingStopsTheProcess)
-{
     EXPECT_DEATH(tvuserinfo_set("nothing to describe"), "Assertion");
 }
 
@@ -273,7 +263,7 @@ TEST_F(ErrorTest, UserWarningCarriesItsTextOnBothAspectsAndIsNotLogged)
     EXPECT_EQ(tvwarnuser(TVErrC_FileName, "a.cpp:1", "Name %s is taken", "x"), 100000 + TVErrC_FileName);
     EXPECT_EQ(tvuserinfo_get(), "Name x is taken");
     EXPECT_EQ(tvsysinfo_get(), "Name x is taken");
-    EXPECT_EQ(read_lines(log_path()).size(), 3u);
+    EXPECT_EQ(log_lines().size(), 3u);
 }
 
 TEST_F(ErrorTest, DefaultsAnswerWhenNothingIsPending)
@@ -301,21 +291,16 @@ TEST_F(ErrorTest, StreamAndActionTakeAllOrOneAndIgnoreOtherNumbers)
     EXPECT_EQ(error->get_stream(TVSevError), &echo);
 }
 
-TEST_F(ErrorTest, HandleErrorClearsEveryPendingEntry)
+TEST_F(ErrorTest, HandleErrorClearsEveryPendingEntryButASuccessLeavesThem)
 {
     raise_error("first");
     raise_error("second");
     ASSERT_EQ(error->error_count(), 2u);
     EXPECT_EQ(error->error_details()->get_details(TVAspectSystem), "second");
+    EXPECT_EQ(tvhandle_error(TVErrC_okCancel, TVSevWarning), 0);
+    EXPECT_EQ(error->error_count(), 2u);
     EXPECT_EQ(tvhandle_error(tverrorvalue(), TVSevWarning), 3);
     EXPECT_EQ(error->error_count(), 0u);
-}
-
-TEST_F(ErrorTest, HandleErrorOfASuccessLeavesAPendingWarning)
-{
-    tvwarning(TVErrC_FileRead, "a.cpp:1", "w");
-    EXPECT_EQ(tvhandle_error(TVErrC_okCancel, TVSevWarning), 0);
-    EXPECT_EQ(error->error_count(), 1u);
 }
 
 TEST_F(ErrorTest, HandleErrorShowsTheDialogOnlyWhenTheUiIsOn)
@@ -510,7 +495,7 @@ TEST_F(ErrorTest, TrailGrowsThroughThreeLevelsAndTheLogHoldsABlockPerLevel)
 
     // Reported, two breadcrumbs, settled: four blocks, each trail longer.
     std::vector<std::string> locations;
-    for (const std::string& line : read_lines(log_path()))
+    for (const std::string& line : log_lines())
         if (line.rfind("  Location: ", 0) == 0)
             locations.push_back(line.substr(12));
     ASSERT_EQ(locations.size(), 4u);
@@ -525,27 +510,21 @@ TEST_F(ErrorTest, TrailGrowsThroughThreeLevelsAndTheLogHoldsABlockPerLevel)
 
 TEST_F(ErrorTest, LogFileIsTrimmedToItsLastHundredLinesAtTheFirstErrorOfARun)
 {
-    write_lines(log_path(), 101);
-    TVErrHandlerPtr logfile(new TVErrHandlerLogfile(log_path(), true, false, false, true));
-    raise_error("first");
-    raise_error("second");
-    const std::vector<std::string> lines = read_lines(log_path());
-    ASSERT_GE(lines.size(), 102u);
-    EXPECT_EQ(lines[0], "old line 2");
-    EXPECT_EQ(lines[99], "old line 101");
-    EXPECT_EQ(lines[100], "==================");
-    EXPECT_EQ(lines[101].rfind(" TVError Code (TVErrC_FileOpen)", 0), 0u);
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "=================="), 1);
-}
-
-TEST_F(ErrorTest, LogFileOfExactlyAHundredLinesIsNotTrimmed)
-{
-    write_lines(log_path(), 100);
-    TVErrHandlerPtr logfile(new TVErrHandlerLogfile(log_path(), true, false, false, true));
-    raise_error("first");
-    const std::vector<std::string> lines = read_lines(log_path());
-    EXPECT_EQ(lines[0], "old line 1");
-    EXPECT_EQ(lines[100], "==================");
+    for (const int old : {100, 101}) {
+        SCOPED_TRACE(old);
+        write_lines(log_path(), old);
+        TVErrHandlerPtr logfile(new TVErrHandlerLogfile(log_path(), true, false, false, true));
+        raise_error("first");
+        raise_error("second");
+        const std::vector<std::string> lines = log_lines();
+        ASSERT_GE(lines.size(), 102u);
+        EXPECT_EQ(lines[0], "old line " + std::to_string(old - 99));
+        EXPECT_EQ(lines[99], "old line " + std::to_string(old));
+        EXPECT_EQ(lines[100], "==================");
+        EXPECT_EQ(lines[101].rfind(" TVError Code (TVErrC_FileOpen)", 0), 0u);
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), "=================="), 1);
+        error->clear_all();
+    }
 }
 
 TEST_F(ErrorTest, UserWarningFirstSuppressesTheSeparatorForTheRun)
@@ -553,7 +532,7 @@ TEST_F(ErrorTest, UserWarningFirstSuppressesTheSeparatorForTheRun)
     TVErrHandlerPtr logfile(new TVErrHandlerLogfile(log_path(), true, false, false, true));
     tvwarnuser(TVErrC_FileName, "a.cpp:1", "bad name");
     raise_error("later");
-    const std::vector<std::string> lines = read_lines(log_path());
+    const std::vector<std::string> lines = log_lines();
     ASSERT_FALSE(lines.empty());
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "=================="), 0);
     EXPECT_EQ(lines[0].rfind(" TVError Code", 0), 0u);
@@ -567,7 +546,7 @@ TEST_F(ErrorTest, LogLinesReachLogFilesOnlyAndNeverTheStack)
     tvlog("main.cpp:3", "opened %d files", 2);
     EXPECT_FALSE(error->is_error());
     EXPECT_EQ(userEcho.str(), "");
-    const std::vector<std::string> lines = read_lines(log_path());
+    const std::vector<std::string> lines = log_lines();
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(lines[0], "==================");
     EXPECT_EQ(lines[1], "Log: 2026-11-22 09:05:07.123456:main.cpp:3:opened 2 files");

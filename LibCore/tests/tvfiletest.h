@@ -15,9 +15,20 @@
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 #include "LibCore/error/tverror.h"
 #include "LibCore/tests/tvraise.h"
+
+// The lines of a text file without their line ends; none if it can't be read.
+inline std::vector<std::string> tv_read_lines(const std::string& path)
+{
+    std::ifstream in(path);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line);
+    return lines;
+}
 
 // What a fallible call left behind: its severity (0 for success), code and
 // system text; thrown tells an error that threw from a returned warning.

@@ -12,6 +12,7 @@
 
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/error/tverror.h"
+#include "LibCore/tests/tvfiletest.h"
 #include "LibCore/tests/tvtestclock.h"
 #include "LibDate/date/tvlocale.h"
 
@@ -53,14 +54,7 @@ protected:
         for (int i = 1; i <= count; ++i)
             out << "old " << i << "\n";
     }
-    std::vector<std::string> lines(const std::string& name = C_Name) const
-    {
-        std::vector<std::string> result;
-        std::ifstream in(path(name));
-        for (std::string line; std::getline(in, line);)
-            result.push_back(line);
-        return result;
-    }
+    std::vector<std::string> lines(const std::string& name = C_Name) const { return tv_read_lines(path(name)); }
     std::string bytes() const
     {
         std::ifstream in(path(), std::ios::binary);

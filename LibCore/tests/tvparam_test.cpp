@@ -91,7 +91,6 @@ TEST_F(ParamTest, ArgumentsFillTheDeclaredVariables)
         {{"a", "b", "c"}, "a", {"b", "c"}, false, 0, {}},
         {{"-l", "-5", "a"}, "a", {}, false, -5, {}},
         {{"a", "--level", "7", "-l", "8"}, "a", {}, false, 8, {}}, // the last one wins
-        {{"--verbose", "a"}, "a", {}, true, 0, {}},
         {{"a", "-V", "b"}, "a", {"b"}, true, 0, {}},
         {{"a", "--include", "x", "-I", "y"}, "a", {}, false, 0, {"x", "y"}},
         {{"a", "-extra-args", "--bogus", "b"}, "a", {}, false, 0, {}},
@@ -130,6 +129,7 @@ TEST_F(ParamTest, SwitchAnywherePicksItsGroup)
     }
 }
 
+// The usage of drill's two value groups comes with every fault.
 TEST_F(ParamTest, WrongInputIsToldWithTheUsageAndConsumed)
 {
     const struct {
@@ -269,11 +269,9 @@ TEST_F(ParamTest, StandardSwitchesWriteTheirTextAndAskToStop)
         const char* arg;
         std::string text;
     } rows[] = {
-        {"-h", help},
         {"--help", help},
         {"--man", man},
         {"-v", version},
-        {"--version", version},
         {"--tag", "drill-1-2-3-4\n"},
         {"--release", "drill-1.2.3\n"},
     };
@@ -288,15 +286,6 @@ TEST_F(ParamTest, StandardSwitchesWriteTheirTextAndAskToStop)
         EXPECT_EQ(param->parse(&out), TVErrC_okShutdown) << row.arg;
         EXPECT_EQ(out.str(), row.text) << row.arg;
     }
-}
-
-TEST_F(ParamTest, UsageOfTwoValueGroups)
-{
-    TVParam* param = make_param({});
-    param->set_cmdline(drill_cmdline(m_vars));
-    std::ostringstream out;
-    param->display_usage(out);
-    EXPECT_EQ(out.str(), C_DrillUsage);
 }
 
 // Files first, then the environment, then the command line; the last source

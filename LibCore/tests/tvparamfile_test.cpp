@@ -69,7 +69,7 @@ TEST_F(ParamFileTest, RewriteAfterOneChangeKeepsEverythingElse)
         "Window=Dialog=1,2",
         "NumLastFiles=3",
     };
-    EXPECT_EQ(read_lines(cfg()), expected);
+    EXPECT_EQ(tv_read_lines(cfg()), expected);
     EXPECT_FALSE(tv_file_exists(cfg() + ".tmp"));
 }
 
@@ -97,7 +97,7 @@ TEST_F(ParamFileTest, TaggedSystemValuesReplaceTheirOwnEntry)
     ASSERT_EQ(param->set_system_value("Window", "Prefs", "7,8"), TVErrC_ok);
     EXPECT_EQ(param->get_system_value("Window", "Main"), "5,6");
     EXPECT_EQ(param->get_system_value("Window", "Dialog"), "1,2");
-    const std::vector<std::string> lines = read_lines(cfg());
+    const std::vector<std::string> lines = tv_read_lines(cfg());
     ASSERT_EQ(lines.size(), C_Settings.size() + 1);
     EXPECT_EQ(lines[9], "Window=Main=5,6");
     EXPECT_EQ(lines[10], "Window=Dialog=1,2");
@@ -113,7 +113,7 @@ TEST_F(ParamFileTest, MissingFileIsNotAFailure)
     EXPECT_EQ(param->get_system_value("LastFile"), "");
 
     ASSERT_EQ(param->set_system_value("LastFile", "a"), TVErrC_ok);
-    EXPECT_EQ(read_lines(cfg()), std::vector<std::string>{"LastFile=a"});
+    EXPECT_EQ(tv_read_lines(cfg()), std::vector<std::string>{"LastFile=a"});
 }
 
 TEST_F(ParamFileTest, FileInTheDataDirectoryIsMovedIn)
@@ -176,31 +176,25 @@ TEST_F(ParamFileTest, SettingTheSameValueDoesNotRewrite)
     }
 }
 
-TEST_F(ParamFileTest, FailedCreateOfTheTmpFileLeavesTheFile)
+TEST_F(ParamFileTest, FailedTmpFileOrUnreadableFileLeavesTheFile)
 {
-    write_file(cfg(), C_Settings);
-    TVParam* param = start();
-    const std::string before = read_all(cfg());
-    TVFileFaults fail([&](TVFileFaults::E_FileOp op, const std::string& name, const std::string&) {
-        return op == TVFileFaults::E_OpWrite && name == cfg() + ".tmp";
-    });
-    const int result = param->set_system_value("NumLastFiles", "9");
-    EXPECT_EQ(result, TVErrDetails::compute_combination(TVErrC_FileCreate, TVSevWarning));
-    EXPECT_EQ(tvsysinfo_get(), "Could not create the file " + cfg() + ".tmp");
-    EXPECT_EQ(read_all(cfg()), before);
-}
-
-TEST_F(ParamFileTest, UnreadableFileIsNotOverwritten)
-{
-    write_file(cfg(), C_Settings);
-    TVParam* param = start();
-    const std::string before = read_all(cfg());
-    TVFileFaults fail([&](TVFileFaults::E_FileOp op, const std::string&, const std::string&) {
-        return op == TVFileFaults::E_OpRead;
-    });
-    const int result = param->set_system_value("NumLastFiles", "9");
-    EXPECT_EQ(result, TVErrDetails::compute_combination(TVErrC_FileOpen, TVSevWarning));
-    EXPECT_EQ(read_all(cfg()), before);
+    const struct {
+        TVFileFaults::E_FileOp op;
+        int code;
+    } rows[] = {{TVFileFaults::E_OpWrite, TVErrC_FileCreate}, {TVFileFaults::E_OpRead, TVErrC_FileOpen}};
+    for (const auto& row : rows) {
+        write_file(cfg(), C_Settings);
+        TVParam* param = start();
+        const std::string before = read_all(cfg());
+        TVFileFaults fail([&](TVFileFaults::E_FileOp op, const std::string&, const std::string&) { return op == row.op; });
+        const int result = param->set_system_value("NumLastFiles", "9");
+        EXPECT_EQ(result, TVErrDetails::compute_combination(row.code, TVSevWarning));
+        if (row.code == TVErrC_FileCreate) {
+            EXPECT_EQ(tvsysinfo_get(), "Could not create the file " + cfg() + ".tmp");
+        }
+        EXPECT_EQ(read_all(cfg()), before);
+        get_tverror()->clear_all();
+    }
 }
 
 // The save is cut at every step in turn (that step and all after it fail);
@@ -235,7 +229,7 @@ TEST_F(ParamFileTest, CutAtEveryStepTheNextStartFindsOneWholeFile)
         TVParam* next = start();
         const std::string value = next->get_system_value("NumLastFiles");
         EXPECT_TRUE(value == "2" || value == "9") << "cut at " << cut << ": " << value;
-        EXPECT_EQ(read_lines(cfg()).front(), "# Tarvello settings") << "cut at " << cut;
+        EXPECT_EQ(tv_read_lines(cfg()).front(), "# Tarvello settings") << "cut at " << cut;
         if (cut == steps) {
             EXPECT_EQ(value, "9") << "nothing cut";
         }

@@ -22,6 +22,7 @@
 #include "LibCore/param/tvparamoption.h"
 #include "LibCore/param/tvparamvalue.h"
 #include "LibCore/param/tvparamvaluegroup.h"
+#include "LibCore/tests/tvfiletest.h"
 
 // What drill's declarations fill.
 struct DrillVars {
@@ -124,14 +125,6 @@ protected:
             out << line << "\n";
     }
 
-    static std::vector<std::string> read_lines(const std::string& name)
-    {
-        std::ifstream in(name);
-        std::vector<std::string> lines;
-        for (std::string line; std::getline(in, line);)
-            lines.push_back(line);
-        return lines;
-    }
 
     static std::string read_all(const std::string& name)
     {

@@ -53,7 +53,7 @@ TEST_F(LocaleConfigTest, EveryFieldSurvivesAWriteAndARead)
 
     start();
     ASSERT_EQ(written.write_config(), TVErrC_ok);
-    const std::vector<std::string> lines = read_lines(cfg());
+    const std::vector<std::string> lines = tv_read_lines(cfg());
     const char* const expected[] = {
         "DateFirstDay=0",  "DateDayFormat=7",     "DateIs24Hours=0",  "DateDefaultLocale=0",
         "LocaleCurrency=\xE2\x82\xAC", "LocaleGroupSep=#SPACE", "LocaleDecimal=,", "LatLonFormat=2",
