@@ -29,48 +29,43 @@ protected:
     }
 };
 
-TEST_F(FileFaultTest, FailedRenameOrCopyChangesNothing)
+TEST_F(FileFaultTest, FailedMoveKeepsTheSource)
 {
-    write("from", "new");
-    write("to", "old");
-    for (bool copy : {false, true}) {
-        TVFileFaults faults(fail_all(copy ? TVFileFaults::E_OpCopy : TVFileFaults::E_OpRename));
+    struct Row {
+        const char* name;
+        Op op;
+        bool copy;
+        const char* to;
+        int code;
+        std::string text;
+        const char* target;  // what "to" holds afterwards
+    };
+    const Row rows[] = {
+        {"rename", TVFileFaults::E_OpRename, false, "fresh", TVErrC_FileRename,
+         "Could not rename " + path("from") + " to " + path("fresh"), "<missing>"},
+        {"copy leaves no part behind", TVFileFaults::E_OpCopy, true, "fresh", TVErrC_FileRename,
+         "Could not copy " + path("from") + " to " + path("fresh"), "<missing>"},
+        // The old target is already gone when the move fails; the source is
+        // the copy that must survive.
+        {"rename after the overwrite", TVFileFaults::E_OpRename, false, "to", TVErrC_FileRename,
+         "Could not rename " + path("from") + " to " + path("to"), "<missing>"},
+        {"delete stops the overwrite", TVFileFaults::E_OpDelete, false, "to", TVErrC_FileDelete,
+         "Could not delete " + io_error(path("to")), "old"},
+    };
+    for (const Row& r : rows) {
+        SCOPED_TRACE(r.name);
+        write("from", "new");
+        write("to", "old");
+        TVFileFaults faults(fail_all(r.op));
         const TVFileOutcome o = outcome([&] {
-            return copy ? tv_copy_file(path("from"), path("fresh"), false, false)
-                        : tv_rename_file(path("from"), path("fresh"), false, false);
+            return r.copy ? tv_copy_file(path("from"), path(r.to), false, true)
+                          : tv_rename_file(path("from"), path(r.to), false, true);
         });
-        EXPECT_EQ(o.code, TVErrC_FileRename);
-        const std::string verb = copy ? "copy " : "rename ";
-        EXPECT_EQ(o.text, "Could not " + verb + path("from") + " to " + path("fresh"));
+        EXPECT_EQ(o.code, r.code);
+        EXPECT_EQ(o.text, r.text);
         EXPECT_EQ(read("from"), "new");
-        EXPECT_FALSE(there("fresh")); // no part of a copy left behind
+        EXPECT_EQ(read(r.to), r.target);
     }
-}
-
-TEST_F(FileFaultTest, FailedRenameAfterOverwriteKeepsTheSource)
-{
-    // The old target is already gone when the move fails; the source is the
-    // copy that must survive.
-    write("from", "new");
-    write("to", "old");
-    TVFileFaults faults(fail_all(TVFileFaults::E_OpRename));
-    EXPECT_EQ(outcome([&] { return tv_rename_file(path("from"), path("to"), false, true); }).code,
-              TVErrC_FileRename);
-    EXPECT_EQ(read("from"), "new");
-    EXPECT_FALSE(there("to"));
-}
-
-TEST_F(FileFaultTest, FailedDeleteStopsTheOverwrite)
-{
-    write("from", "new");
-    write("to", "old");
-    TVFileFaults faults(fail_all(TVFileFaults::E_OpDelete));
-    const TVFileOutcome o =
-        outcome([&] { return tv_rename_file(path("from"), path("to"), false, true); });
-    EXPECT_EQ(o.code, TVErrC_FileDelete);
-    EXPECT_EQ(o.text, "Could not delete " + io_error(path("to")));
-    EXPECT_EQ(read("from"), "new");
-    EXPECT_EQ(read("to"), "old");
 }
 
 TEST_F(FileFaultTest, EachInjectedFailureNamesItsPath)
