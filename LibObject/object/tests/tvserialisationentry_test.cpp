@@ -29,6 +29,8 @@ protected:
     }
 };
 
+// The raw lines that the writer protects are read back in the tables below
+// and in the serial form's own tests.
 TEST_F(SerialisationEntryTest, EachLineKindIsRecognised)
 {
     struct Row {
@@ -46,13 +48,8 @@ TEST_F(SerialisationEntryTest, EachLineKindIsRecognised)
         {"field unescaped whole", "!a\\nb!x\\\\y\\n", E::E_TaggedField, "a\nb", "x\\y\n"},
         {"lone field mark", "!", E::E_RawData, "", "!"},
         {"lone class tag", "@", E::E_RawData, "", "@"},
-        {"empty line", "", E::E_RawData, "", ""},
-        {"raw", "plain text", E::E_RawData, "", "plain text"},
-        {"protected brace", "\\{x", E::E_RawData, "", "{x"},
-        {"protected backslash", "\\\\\\x", E::E_RawData, "", "\\x"},
         {"unprotected brace is raw", "{x", E::E_RawData, "", "{x"},
         {"trailing backslash stays", "end\\", E::E_RawData, "", "end\\"},
-        {"escaped line feed", "a\\nb", E::E_RawData, "", "a\nb"},
         {"carriage returns dropped", "a\rb\r", E::E_RawData, "", "ab"},
         {"NUL dropped like CR", std::string("a\0b", 3), E::E_RawData, "", "ab"},
         {"NUL in a tag", std::string("!K\0!1", 5), E::E_TaggedField, "K", "1"},
@@ -106,10 +103,9 @@ TEST_F(SerialisationEntryTest, RawLinesWithAReservedFirstCharacterAreProtected)
         std::string value;
         std::string line;
     };
+    // "@a", "\\b", "{c", "!d", "}e" and "" are in the serial form's tests.
     const Row rows[] = {
-        {"@a", "\\@a\n"},   {"\\b", "\\\\\\b\n"}, {"{c", "\\{c\n"},   {"!d", "\\!d\n"},
-        {"}e", "\\}e\n"},   {"!", "\\!\n"},       {"}", "\\}\n"},     {"", "\n"},
-        {"x\\", "x\\\\\n"}, {"a\nb", "a\\nb\n"},  {"+f", "+f\n"},     {"\n{", "\\\\n{\n"},
+        {"!", "\\!\n"}, {"}", "\\}\n"}, {"x\\", "x\\\\\n"}, {"a\nb", "a\\nb\n"}, {"+f", "+f\n"}, {"\n{", "\\\\n{\n"},
     };
     for (const Row& r : rows) {
         SCOPED_TRACE(r.value);
@@ -121,17 +117,6 @@ TEST_F(SerialisationEntryTest, RawLinesWithAReservedFirstCharacterAreProtected)
         EXPECT_EQ(back.get_value(), r.value);
         EXPECT_EQ(raw_line(back.get_value()), line);
     }
-}
-
-TEST_F(SerialisationEntryTest, FieldEscapesLineFeedAndBackslashAndDropsCarriageReturnAndNul)
-{
-    std::ostringstream out;
-    const std::string value = std::string("a\nb\\c\rd", 7) + std::string(1, '\0') + "e!f";
-    ASSERT_EQ(E::write_tagged_field("t", value, out), TVErrC_ok);
-    EXPECT_EQ(out.str(), "!t!a\\nb\\\\cde!f\n");
-    E back;
-    ASSERT_EQ(read_one(out.str(), back), TVErrC_ok);
-    EXPECT_EQ(back.get_value(), "a\nb\\cde!f");
 }
 
 TEST_F(SerialisationEntryTest, TagWithAFieldMarkDoesNotComeBack)
