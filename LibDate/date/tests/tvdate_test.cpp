@@ -354,13 +354,8 @@ TEST_F(TVDateTest, BlankInvalidAndZeroDates)
     };
     const Row rows[] = {
         {TVDate(), false, true, false, false},
-        {TVDate(TVDate::E_DateInvalid), false, true, false, false},
-        {TVDate(TVDate::E_DateBlank), true, false, false, false},
         {TVDate::C_Blank, true, false, false, false},
-        {TVDate(TVDate::E_DateZero), false, false, true, true},
         {TVDateUtils::zero_date(), false, false, true, true},
-        {TVDateUtils::blank_date(), true, false, false, false},
-        {TVDateUtils::invalid_date(), false, true, false, false},
         {utc(2021, 1, 1), false, false, false, true},
     };
     for (const Row& row : rows) {

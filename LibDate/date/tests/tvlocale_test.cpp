@@ -124,10 +124,8 @@ TEST_F(TVLocaleTest, Ordinals)
         const char* m_text;
     };
     const Row rows[] = {
-        {1, "1st"},    {2, "2nd"},    {3, "3rd"},     {4, "4th"},     {10, "10th"},
-        {11, "11th"},  {12, "12th"},  {13, "13th"},   {21, "21st"},   {22, "22nd"},
-        {23, "23rd"},  {101, "101st"}, {111, "111th"}, {112, "112th"}, {0, "0th"},
-        {-1, "-1st"},  {-11, "-11th"},
+        {1, "1st"},   {2, "2nd"},    {3, "3rd"},     {4, "4th"},     {11, "11th"}, {13, "13th"},
+        {22, "22nd"}, {101, "101st"}, {112, "112th"}, {0, "0th"},     {-1, "-1st"}, {-11, "-11th"},
     };
     for (const Row& row : rows) {
         std::string text = row.m_text;
@@ -188,8 +186,4 @@ TEST_F(TVLocaleTest, ZonesAndOtherFields)
     locale->set_firstday(-1);
     EXPECT_EQ(6, locale->get_firstday());
 
-    EXPECT_EQ(" ", TVLocale::fromConfig(TVLocale::toConfig(" ")));
-    EXPECT_EQ("#SPACE", TVLocale::toConfig(" "));
-    EXPECT_EQ("  ", TVLocale::toConfig("  "));
-    EXPECT_EQ(",", TVLocale::fromConfig(","));
 }
