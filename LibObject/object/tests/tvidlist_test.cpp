@@ -137,15 +137,11 @@ TEST(IdListTest, SetIdsDropsDuplicatesAndGetIdsGivesThemBack)
 
 TEST(IdTest, QLineCarriesAllThreePartsAndBack)
 {
-    for (const TVId& id : {TVId(0, 0, 0), TVId(12, -1, -1), TVId(-5, 7, 2000000000), TVId::C_Empty}) {
-        SCOPED_TRACE(id.to_string());
-        const QLine line = id.to_qline();
-        EXPECT_EQ(line.x1(), id.get_id());
-        EXPECT_EQ(line.y1(), id.get_seq());
-        EXPECT_EQ(line.x2(), id.get_group());
+    EXPECT_EQ(TVId(4, 5, 6).to_qline(), QLine(4, 5, 6, 0));
+    for (const TVId& id : {TVId(12, -1, -1), TVId(-5, 7, 2000000000), TVId::C_Empty}) {
         TVId back(1, 2, 3);
-        back.from_qline(line);
-        EXPECT_EQ(back, id);
+        back.from_qline(id.to_qline());
+        EXPECT_EQ(back, id) << id.to_string();
     }
 }
 
