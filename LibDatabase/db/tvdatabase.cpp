@@ -1,0 +1,1515 @@
+#include "LibDatabase/db/tvdatabase.h"
+
+#include "LibComms/thread/tvmutexlocker.h"
+#include "LibCore/application/tvapplication.h"
+#include "LibCore/application/tvappstatussetter.h"
+#include "LibCore/fileutils/tvfileutils.h"
+#include "LibDatabase/db/tvcachename.h"
+#include "LibDatabase/db/tvdbcontainerbase.h"
+#include "LibDatabase/db/tvdbhost.h"
+#include "LibDatabase/db/tvdbwritefile.h"
+#include "LibDatabase/db/tvresolvecontainers.h"
+#include "LibDate/date/tvdateutils.h"
+#include "LibObject/object/tvobjectprereg.h"
+#include "LibObject/object/tvserialform.h"
+#include "LibObject/object/tvserialisationentry.h"
+#include "LibObject/object/tvsrlvalue.h"
+#include "LibObject/object/tvtrail.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cctype>
+#include <cstdlib>
+#include <filesystem>
+#include <ostream>
+#include <sstream>
+
+int TVDatabase::TVErrC_NotADatabase = tv_builtin_code("TVDatabase::TVErrC_NotADatabase");
+int TVDatabase::TVErrC_InvalidDatabaseVersion =
+    tv_builtin_code("TVDatabase::TVErrC_InvalidDatabaseVersion");
+int TVDatabase::TVErrC_NewerAppVersion = tv_builtin_code("TVDatabase::TVErrC_NewerAppVersion");
+int TVDatabase::TVErrC_ObjectIdNotFound = tv_builtin_code("TVDatabase::TVErrC_ObjectIdNotFound");
+int TVDatabase::TVErrC_CorruptDatabase = tv_builtin_code("TVDatabase::TVErrC_CorruptDatabase");
+int TVDatabase::TVErrC_CorruptPartial = tv_builtin_code("TVDatabase::TVErrC_CorruptPartial");
+int TVDatabase::TVErrC_Intermediate = tv_builtin_code("TVDatabase::TVErrC_Intermediate");
+int TVDatabase::TVErrC_DatabaseNotLoaded = tv_builtin_code("TVDatabase::TVErrC_DatabaseNotLoaded");
+int TVDatabase::TVErrC_DatabaseReadOnly = tv_builtin_code("TVDatabase::TVErrC_DatabaseReadOnly");
+int TVDatabase::TVErrC_DatabaseAlreadyLoaded =
+    tv_builtin_code("TVDatabase::TVErrC_DatabaseAlreadyLoaded");
+int TVDatabase::TVErrC_WrongAppType = tv_builtin_code("TVDatabase::TVErrC_WrongAppType");
+int TVDatabase::TVErrC_InvalidObjectSpec = tv_builtin_code("TVDatabase::TVErrC_InvalidObjectSpec");
+int TVDatabase::TVErrC_UnfilledVariables = tv_builtin_code("TVDatabase::TVErrC_UnfilledVariables");
+int TVDatabase::TVErrC_ExtraVariables = tv_builtin_code("TVDatabase::TVErrC_ExtraVariables");
+int TVDatabase::TVErrC_InvalidChild = tv_builtin_code("TVDatabase::TVErrC_InvalidChild");
+
+const char* const TVDatabase::C_DlmtDBIdentifier = "TVDatabase:7685";
+const char* const TVDatabase::C_DlmtVersion = "Version";
+const char* const TVDatabase::C_DlmtTransaction = "Transaction";
+const char* const TVDatabase::C_ObjectStart = "O:";
+const char* const TVDatabase::C_IdMgr = "IM";
+const char* const TVDatabase::C_DatabaseService = "Database";
+const char* const TVDatabase::C_DatabaseTag = "DB";
+const char* const TVDatabase::C_SpecTag = "OS";
+const char* const TVDatabase::C_QueryTag = "QU";
+const char* const TVDatabase::C_NoteTag = "NO";
+const char* const TVDatabase::C_DefaultSpecName = "Default";
+const char* const TVDatabase::C_TopLevelSpecName = "TopLevel";
+const char* const TVDatabase::C_DefaultChildName = "Object";
+const char* const TVDatabase::C_SystemReference = "SYSTEM";
+const char* const TVDatabase::C_LastKnownGood = ".lkg";
+const char* const TVDatabase::C_DatabasePartDirParam = "PartDir";
+const char* const TVDatabase::C_DatabasePartDirLabel = "Temporary File Location";
+
+namespace {
+constexpr const char* C_ClassName = "TVDatabase";
+const TVObjectPreReg s_preReg(C_ClassName, TVDatabase::create_tvobject);
+
+constexpr const char* C_PartialExt = ".bpu";
+constexpr const char* C_BaseExt = ".tvdbbase";
+constexpr const char* C_IndexExt = ".tvdbindex";
+constexpr const char* C_NewExt = ".new";
+constexpr const char* C_OldExt = ".old";
+constexpr const char* C_BackupExt = ".bk";
+constexpr const char* C_SafetyExt = ".bkc";
+constexpr const char* C_DamagedExt = ".bad";
+constexpr const char* C_SavingStatus = "Saving...";
+
+// The host through which the objects below this layer ask their database.
+// The change question comes from TVUpdateChecker's thread, so it is
+// answered by the process-wide counter, which is atomic: with one database
+// per process it is the database's own clock, at worst early by a tick.
+class Host : public TVDBHost
+{
+public:
+    long last_db_update(const TVDatabase&) const override
+    {
+        return TVUpdateCounter::get_counter(false);
+    }
+    long last_structure_change(const TVDatabase& db) const override
+    {
+        return db.get_last_structure_change();
+    }
+    void record_structure_change(TVDatabase& db, long counter) const override
+    {
+        db.set_last_structure_change(counter);
+    }
+    int appfileversion(const TVDatabase& db) const override { return db.get_appfileversion(); }
+};
+const Host s_host;
+const bool s_hostInstalled = (TVDBHost::install(&s_host), true);
+
+bool starts_with(const std::string& text, const char* prefix)
+{
+    return text.compare(0, std::char_traits<char>::length(prefix), prefix) == 0;
+}
+
+std::string rtrim(std::string text)
+{
+    while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())))
+        text.pop_back();
+    return text;
+}
+
+// Byte ranges of a partial file's blocks: a block starts at a top-level
+// "!Transaction!" line. Nested objects are skipped by the serial form's
+// brace count, so a field of that name inside an object starts nothing.
+struct Block {
+    size_t begin;
+    size_t end;
+};
+
+std::vector<Block> split_blocks(const std::string& text)
+{
+    const std::string mark = std::string("!") + TVDatabase::C_DlmtTransaction + "!";
+    std::vector<Block> blocks{{0, 0}};
+    bool nested = false;
+    bool opened = false;
+    int depth = 0;
+    size_t pos = 0;
+    while (pos < text.size()) {
+        size_t eol = text.find('\n', pos);
+        eol = eol == std::string::npos ? text.size() : eol + 1;
+        const char first = text[pos];
+        if (nested) {
+            if (first == '{') {
+                ++depth;
+                opened = true;
+            } else if (first == '}') {
+                --depth;
+            }
+            if (opened && depth <= 0)
+                nested = false;
+        } else if (first == '@' && eol - pos > 2) {
+            nested = true;
+            opened = false;
+            depth = 0;
+        } else if (text.compare(pos, mark.size(), mark) == 0 && pos > blocks.back().begin) {
+            blocks.back().end = pos;
+            blocks.push_back({pos, pos});
+        }
+        pos = eol;
+    }
+    blocks.back().end = text.size();
+    return blocks;
+}
+} // namespace
+
+struct TVDatabase::TVDatabaseImpl {
+    TVPtrArray<TVDBObject> m_objects{true}; // owning, in file order
+    std::map<int, TVDBObject*> m_map;
+    int m_uniqueId = 0;
+    std::string m_appType;
+    std::string m_comment;
+    int m_appFileVersion = 0;
+    int m_featureCount = 0;
+    int m_backupCount = C_DefaultBackupCount;
+    TVDate m_writeTime;
+    std::string m_writeHost;
+    std::string m_appRelease;
+    std::string m_noteURL;
+
+    long m_lastFullWrite = 0;
+    long m_lastPartialWrite = 0;
+    bool m_firstPartialWrite = true;
+    std::atomic<long> m_lastStructureChange{0};
+    std::string m_completeFile;
+    std::string m_partialFile;
+    std::string m_baseFile;
+    std::string m_indexFile;
+    bool m_readOnly = false;
+    bool m_isLoaded = false;
+    bool m_isResolved = false;
+    bool m_autosave = true;
+    long m_lastBackup = 0; // seconds since 1970
+    int m_loadID = 0;
+    int m_databaseFileVersion = C_LatestFileVersion;
+    TVDBIndex m_index;
+    long m_partialGoodBytes = 0;
+    // The partial file holds operations that the main file lacks.
+    bool m_partialAhead = false;
+
+    TVCondVar m_recalcSignal;
+    TVMutex m_completeLock;
+    bool m_recalcComplete = false; // under m_completeLock
+    TVMutex m_pauseLock;
+    bool m_pauseBackground = false; // under m_pauseLock
+};
+
+// ---- Construction ----------------------------------------------------------------
+
+TVDatabase::TVDatabase() : d(std::make_unique<TVDatabaseImpl>())
+{
+    d->m_writeTime = TVDateUtils::blank_date();
+    // The database's own id is the first it gives out: always 0.
+    const int id = allocate_id();
+    set_id(id, TVDateUtils::now(), true);
+    register_tvobject();
+}
+
+TVDatabase::~TVDatabase()
+{
+    stop_recalc_thread();
+    clear_objects();
+}
+
+void TVDatabase::set_defaults(bool constructing)
+{
+    TVDBObject::set_defaults(constructing);
+    const int id = get_id();
+    d = std::make_unique<TVDatabaseImpl>();
+    d->m_writeTime = TVDateUtils::blank_date();
+    d->m_uniqueId = id + 1;
+}
+
+int TVDatabase::create_tvobject(TVObject*& out, const TVObject* source)
+{
+    out = nullptr;
+    auto made = std::make_unique<TVDatabase>();
+    if (source != nullptr) {
+        const int result = made->derived_assign(*source, 0);
+        if (istvwarn(result))
+            return tv_trail_return(result, TVLOCATION);
+    }
+    out = made.release();
+    return TVErrC_ok;
+}
+
+void TVDatabase::register_tvobject()
+{
+    register_objectname(C_ClassName, create_tvobject);
+}
+
+int TVDatabase::serialise(std::istream* in, std::ostream* out, const std::string& prefix,
+                          int version)
+{
+    try {
+        TV_PASS_ON(serialise_value(in, out, prefix, "UnID", TVSrlValue<int>(d->m_uniqueId)));
+        TV_PASS_ON(serialise_string(in, out, prefix, "AppType", d->m_appType, false));
+        TV_PASS_ON(serialise_string(in, out, prefix, "Comment", d->m_comment, false));
+        TV_PASS_ON(serialise_value(in, out, prefix, "AFV",
+                                   TVSrlValue<int>(d->m_appFileVersion, 0), true));
+        TV_PASS_ON(serialise_value(in, out, prefix, "FC", TVSrlValue<int>(d->m_featureCount, 0),
+                                   true));
+        // Old files kept the backup count here; it lives in the parameters now.
+        if (in != nullptr)
+            TV_PASS_ON(serialise_value(in, nullptr, prefix, "BackupCount",
+                                       TVSrlValue<int>(d->m_backupCount)));
+        // "External" (the links to shared copies) comes with the sync layer;
+        // until then its entries are kept as read.
+        TV_PASS_ON(serialise_value(in, out, prefix, "WriteTime",
+                                   TVSrlValue<TVDate>(d->m_writeTime, TVDate::C_Blank)));
+        TV_PASS_ON(serialise_string(in, out, prefix, "WriteHost", d->m_writeHost, false));
+        // The type stands twice in every file; readers of both places exist.
+        TV_PASS_ON(serialise_string(in, out, prefix, "AppType", d->m_appType, false));
+        TV_PASS_ON(serialise_string(in, out, prefix, "AppRelease", d->m_appRelease, false));
+        TV_PASS_ON(serialise_string(in, out, prefix, "NoteURL", d->m_noteURL, false));
+        TV_PASS_ON(TVDBObject::serialise(in, out, prefix, version));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+void TVDatabase::dump(std::ostream& out, int indent) const
+{
+    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    out << pad << "TVDatabase " << d->m_completeFile << " type " << d->m_appType << " objects "
+        << d->m_objects.size() << " next id " << d->m_uniqueId
+        << (d->m_isLoaded ? " loaded" : "") << (d->m_readOnly ? " read-only" : "") << '\n';
+    d->m_index.dump(out, indent + 1);
+}
+
+std::ostream& operator<<(std::ostream& out, const TVDatabase& db)
+{
+    db.dump(out, 0);
+    return out;
+}
+
+// ---- Objects and ids ---------------------------------------------------------------
+
+int TVDatabase::allocate_id()
+{
+    const int id = d->m_uniqueId++;
+    mark_changed(TVLOCATION, true);
+    return id;
+}
+
+int TVDatabase::next_id() const
+{
+    return d->m_uniqueId;
+}
+
+TVDBObject* TVDatabase::get_object_by_id(int id) const
+{
+    return id == get_id() ? const_cast<TVDatabase*>(this) : find_object(id);
+}
+
+TVDBObject* TVDatabase::find_object(int id) const
+{
+    const auto it = d->m_map.find(id);
+    return it == d->m_map.end() ? nullptr : it->second;
+}
+
+int TVDatabase::get_nobjects() const
+{
+    return d->m_objects.size();
+}
+
+TVDBObject* TVDatabase::get_object_by_index(int index) const
+{
+    return index >= 0 && index < d->m_objects.size() ? d->m_objects[index] : nullptr;
+}
+
+int TVDatabase::resolve_containers()
+{
+    const int orphans = ::resolve_containers(*this, this, d->m_objects,
+                                             [this](int id) { return find_object(id); });
+    // Objects at the top have no parent to hand them the database.
+    for (TVDBObject* object : d->m_objects)
+        if (object->get_parent() == nullptr)
+            object->set_parent_ptr(nullptr, this);
+    d->m_isResolved = true;
+    containers_resolved();
+    return orphans;
+}
+
+void TVDatabase::clear_objects()
+{
+    clear_containers();
+    for (TVDBObject* object : d->m_objects)
+        object->clear_containers();
+    d->m_map.clear();
+    d->m_objects.clear();
+}
+
+int TVDatabase::add_object(TVDBObject* object, TVDBObject* parent,
+                           const std::string& container_tag, const std::string& member_tag,
+                           int spec_id, const std::string& operation, int id)
+{
+    try {
+        if (object == nullptr)
+            return tverror(TVErrC_NullPointer, TVLOCATION, "The supplied object was nullptr.");
+        std::unique_ptr<TVDBObject> owned(object);
+        if (parent != nullptr && container_tag.empty())
+            return tverror(TVErrC_NullPointer, TVLOCATION,
+                           "The container tag must be set if a parent is assigned.");
+        if (parent != nullptr && parent->get_id() < 0)
+            return tverror(TVErrC_NullPointer, TVLOCATION,
+                           "The parent object of %d does not have a valid ID set (%d).",
+                           object->get_id(), parent->get_id());
+        object->set_id(id >= 0 ? id : allocate_id(), TVDateUtils::now(), true);
+        if (spec_id >= 0)
+            object->set_spec_id(spec_id);
+        if (parent != nullptr) {
+            // The schema layer fills an empty member tag from the parent's spec.
+            object->set_parent(parent, container_tag, member_tag, this);
+            TVDBContainerBase* container = parent->get_container(container_tag);
+            if (container == nullptr)
+                return tverror(TVErrC_NullPointer, TVLOCATION,
+                               "The parent container tag %s could not be located.",
+                               container_tag.c_str());
+            TV_PASS_ON(container->add_object(object));
+            if (TVDBContainerBase* all = get_container(C_DatabaseAllTag + container_tag))
+                TV_PASS_ON(all->add_object(object));
+            if (TVDBContainerBase* any = parent->get_container(std::string()))
+                TV_PASS_ON(any->add_object(object));
+            parent->mark_changed(TVLOCATION, true);
+            set_last_structure_change(parent->get_last_update());
+        } else {
+            object->set_parent_ptr(nullptr, this);
+            mark_changed(TVLOCATION, true);
+            set_last_structure_change(get_last_update());
+        }
+        d->m_objects.add(owned.release());
+        d->m_map[object->get_id()] = object;
+        TV_PASS_ON(object->on_add());
+        // Children carried inside the record come alive here, with new ids.
+        while (TVDBObject* child = object->extract_managed_child())
+            TV_PASS_ON(add_object(child, object, child->get_container_tag(),
+                                  child->get_member_tag(), child->get_spec_id(), "", -1));
+        // Object specs, notes and the creation trigger: the schema layer.
+        if (!operation.empty())
+            TV_PASS_ON(complete_operation(operation));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// Tombstones the object and its live children, last first.
+int TVDatabase::extract_tree(int id)
+{
+    TVDBObject* object = find_object(id);
+    if (object == nullptr)
+        return tverror(TVErrC_ObjectIdNotFound, TVLOCATION,
+                       "Could not delete - Object ID %d not found.", id);
+    for (int i = d->m_objects.size(); i-- > 0;) {
+        TVDBObject* child = d->m_objects[i];
+        if (child->get_parent() == object && !child->is_deleted())
+            TV_PASS_ON(extract_tree(child->get_id()));
+    }
+    TVDBObject* parent = object->get_parent();
+    TVDBObject& changed = parent != nullptr ? *parent : static_cast<TVDBObject&>(*this);
+    changed.mark_changed(TVLOCATION, true);
+    set_last_structure_change(changed.get_last_update());
+    TV_PASS_ON(object->on_remove());
+    object->set_state(E_StateDeleted);
+    object->mark_changed(TVLOCATION, true);
+    return TVErrC_ok;
+}
+
+int TVDatabase::delete_object(int id, const std::string& operation)
+{
+    try {
+        TV_PASS_ON(check_writable(true));
+        TV_PASS_ON(extract_tree(id));
+        resolve_containers();
+        // References to the deleted object end.
+        for (TVDBObject* object : d->m_objects)
+            object->remap_id(id, -1);
+        remap_id(id, -1);
+        if (!operation.empty())
+            TV_PASS_ON(complete_operation(operation));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+long TVDatabase::get_last_db_update() const
+{
+    long last = get_last_update();
+    for (const TVDBObject* object : d->m_objects)
+        last = std::max(last, object->get_last_update());
+    return last;
+}
+
+bool TVDatabase::db_has_changed_since(long counter) const
+{
+    return get_last_db_update() > counter;
+}
+
+long TVDatabase::get_last_structure_change() const
+{
+    return d->m_lastStructureChange.load(std::memory_order_relaxed);
+}
+
+void TVDatabase::set_last_structure_change(long counter)
+{
+    d->m_lastStructureChange.store(counter, std::memory_order_relaxed);
+}
+
+bool TVDatabase::needs_save() const
+{
+    return db_has_changed_since(d->m_lastPartialWrite);
+}
+
+// ---- Identity ------------------------------------------------------------------------
+
+void TVDatabase::set_app_type(const std::string& type)
+{
+    d->m_appType = type;
+}
+
+const std::string& TVDatabase::get_app_type() const
+{
+    return d->m_appType;
+}
+
+const std::string& TVDatabase::get_comment() const
+{
+    return d->m_comment;
+}
+
+void TVDatabase::set_comment(const std::string& comment)
+{
+    if (comment == d->m_comment)
+        return;
+    d->m_comment = comment;
+    mark_changed(TVLOCATION, true);
+}
+
+int TVDatabase::get_appfileversion() const
+{
+    return d->m_appFileVersion;
+}
+
+int TVDatabase::get_database_file_version() const
+{
+    return d->m_databaseFileVersion;
+}
+
+const TVDate& TVDatabase::get_last_write() const
+{
+    return d->m_writeTime;
+}
+
+const std::string& TVDatabase::get_write_host() const
+{
+    return d->m_writeHost;
+}
+
+bool TVDatabase::is_loaded() const
+{
+    return d->m_isLoaded;
+}
+
+bool TVDatabase::is_read_only() const
+{
+    return d->m_readOnly;
+}
+
+TVDBIndex& TVDatabase::get_index()
+{
+    return d->m_index;
+}
+
+int TVDatabase::check_writable(bool loaded) const
+{
+    if (d->m_readOnly)
+        return tverror(TVErrC_DatabaseReadOnly, TVLOCATION, "This database was opened read-only.");
+    if (loaded && !d->m_isLoaded)
+        return tverror(TVErrC_DatabaseNotLoaded, TVLOCATION, "Database file %s not loaded.",
+                       d->m_completeFile.c_str());
+    return TVErrC_ok;
+}
+
+// ---- File names ------------------------------------------------------------------
+
+void TVDatabase::set_filename(const std::string& file)
+{
+    d->m_completeFile = file;
+    d->m_baseFile.clear();
+    if (file.empty()) {
+        d->m_partialFile.clear();
+        d->m_indexFile.clear();
+    } else {
+        d->m_partialFile = partial_name(file);
+        d->m_indexFile = get_cache_name(file, true) + C_IndexExt;
+    }
+    d->m_index.initialise(d->m_indexFile);
+}
+
+const std::string& TVDatabase::get_filename() const
+{
+    return d->m_completeFile;
+}
+
+const std::string& TVDatabase::get_partial_filename() const
+{
+    return d->m_partialFile;
+}
+
+const std::string& TVDatabase::get_base_filename() const
+{
+    return d->m_baseFile;
+}
+
+const std::string& TVDatabase::get_index_filename() const
+{
+    return d->m_indexFile;
+}
+
+std::string TVDatabase::get_cache_name(const std::string& path, bool force)
+{
+    return ::get_cache_name(path, force);
+}
+
+std::string TVDatabase::get_scratch_name(const std::string& path)
+{
+    return tvapplication()->get_scratch_dir() + "/" + tv_basename(path);
+}
+
+std::string TVDatabase::partial_name(const std::string& path)
+{
+    return get_scratch_name(path) + C_PartialExt;
+}
+
+// ---- Formats -------------------------------------------------------------------------
+
+int TVDatabase::write(std::ostream& out, long since, bool first, const std::string& transaction,
+                      int version) const
+{
+    try {
+        if (d->m_readOnly)
+            return tverror(TVErrC_DatabaseReadOnly, TVLOCATION,
+                           "This database was opened read-only.");
+        if (since == 0 || first) {
+            if (version != -1 && version != d->m_databaseFileVersion)
+                return tverror(TVErrC_InvalidDatabaseVersion, TVLOCATION,
+                               "You must use a since value of 0 if you are going to change the "
+                               "database file version.");
+            out << C_DlmtDBIdentifier << '\n';
+            TV_PASS_ON(TVSerialisationEntry::write_tagged_field(C_DlmtVersion, out, "%d",
+                                                                d->m_databaseFileVersion));
+        }
+        const int afv = d->m_appFileVersion;
+        if (!transaction.empty() && since > 0) {
+            d->m_appRelease = tvapplication()->get_release();
+            std::string tag;
+            TV_PASS_ON(d->m_index.add_transaction(transaction, tag, afv));
+            TV_PASS_ON(TVSerialisationEntry::write_tagged_field(C_DlmtTransaction, out, "%s",
+                                                                tag.c_str()));
+        }
+        if (since == 0 || has_changed_since(since))
+            TV_PASS_ON(TVSerialisationEntry::write_tagged_class(C_ObjectStart, *this, out, afv));
+        const TVDate cutoff = TVDateUtils::now() - TVDuration(C_TombstoneDays, 0, 0);
+        for (const TVDBObject* object : d->m_objects) {
+            if (since == 0 && object->is_deleted() && object->get_modify_time() < cutoff)
+                continue;
+            if (since > 0 && !object->has_changed_since(since))
+                continue;
+            TV_PASS_ON(TVSerialisationEntry::write_tagged_class(C_ObjectStart, *object, out, afv));
+        }
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::read(std::istream& in, bool partial, bool skip_saved)
+{
+    std::string first;
+    if (!std::getline(in, first))
+        first.clear();
+    const size_t headerBytes = in.eof() ? first.size() : first.size() + 1;
+    std::string line = first;
+    TVSerialForm::strip_line_ends(line);
+    if (rtrim(line) != C_DlmtDBIdentifier) {
+        if (partial)
+            return TVErrC_okDelete;
+        return tverror(TVErrC_NotADatabase, TVLOCATION,
+                       "The file you are opening is not a database file.");
+    }
+    std::ostringstream restStream;
+    restStream << in.rdbuf();
+    const std::string rest = restStream.str();
+
+    std::vector<Block> blocks = partial ? split_blocks(rest) : std::vector<Block>{{0, rest.size()}};
+    bool skip = partial && skip_saved && d->m_index.get_last_save() > 0;
+    int maxId = d->m_uniqueId;
+    std::string dbText;
+    int failed = TVErrC_ok;
+    bool thrown = false;
+    d->m_partialGoodBytes = static_cast<long>(headerBytes);
+    for (const Block& block : blocks) {
+        try {
+            failed = read_block(rest.substr(block.begin, block.end - block.begin), partial,
+                                skip_saved, skip, maxId, dbText);
+        } catch (const TVErrDetails&) {
+            failed = tverrorvalue();
+            thrown = true;
+        }
+        if (istvwarn(failed))
+            break;
+        d->m_partialGoodBytes = static_cast<long>(headerBytes + block.end);
+    }
+    // What was read whole stands, even when a later block failed.
+    try {
+        if (dbText.empty() && !partial && !istvwarn(failed))
+            return tverror(TVErrC_NotADatabase, TVLOCATION,
+                           "Could not locate database information in DB file.");
+        if (!dbText.empty()) {
+            const int result = object_from_string(dbText, d->m_appFileVersion);
+            if (istvwarn(result) && !istvwarn(failed))
+                return tv_trail_return(result, TVLOCATION);
+        }
+        d->m_uniqueId = std::max(d->m_uniqueId, maxId);
+        resolve_containers();
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+    if (thrown)
+        throw TVErrDetails(*get_tverror()->error_details());
+    if (istvwarn(failed))
+        return tv_trail_return(failed, TVLOCATION);
+    return TVErrC_ok;
+}
+
+// One block, all or nothing: its objects are built first and go into the
+// database only when every one of them has read.
+int TVDatabase::read_block(const std::string& text, bool partial, bool skip_saved, bool& skip,
+                           int& max_id, std::string& db_text)
+{
+    struct Staged {
+        std::unique_ptr<TVDBObject> m_object;
+        const std::string* m_text;
+    };
+    TVObject entries;
+    std::istringstream in(text);
+    TV_PASS_ON(entries.read_class_entries(in));
+    std::vector<Staged> staged;
+    std::string blockDb;
+    bool localSkip = skip;
+    int localMax = max_id;
+    const int lastSave = d->m_index.get_last_save();
+    for (int i = 0; i < entries.get_nserentries(); ++i) {
+        const TVSerialisationEntry& entry = *entries.get_serentry(i);
+        if (entry.get_entrytype() == TVSerialisationEntry::E_TaggedField) {
+            if (entry.get_tag() == C_DlmtVersion) {
+                const int version = std::atoi(entry.get_value().c_str());
+                if (version != C_LatestFileVersion)
+                    return tverror(TVErrC_InvalidDatabaseVersion, TVLOCATION,
+                                   "Does not handle database version %d (max version handled "
+                                   "is %d)",
+                                   version, C_LatestFileVersion);
+                d->m_databaseFileVersion = version;
+            } else if (entry.get_tag() == C_DlmtTransaction && partial) {
+                const int id = TVDBTransaction::read_transaction_tag(entry.get_value());
+                localSkip = d->m_index.get_status(id) != TVDBTransaction::E_Active ||
+                            (skip_saved && id < lastSave);
+            }
+            continue;
+        }
+        if (entry.get_entrytype() != TVSerialisationEntry::E_TaggedClass ||
+            !starts_with(entry.get_tag(), C_ObjectStart) || localSkip)
+            continue;
+        TVObject* made = nullptr;
+        TV_PASS_ON(TVObject::object_from_string(entry.get_value(), made, d->m_appFileVersion));
+        std::unique_ptr<TVObject> owned(made);
+        auto* object = dynamic_cast<TVDBObject*>(made);
+        if (object == nullptr)
+            return tverror(TVErrC_DynamicCast, TVLOCATION, "Could not cast to a TVDBObject.");
+        owned.release();
+        const int id = object->get_id();
+        if (id == get_id()) {
+            // The database's own record; the objects after it read with its version.
+            blockDb = entry.get_value();
+            if (const auto* db = dynamic_cast<const TVDatabase*>(object))
+                d->m_appFileVersion = db->get_appfileversion();
+            delete object;
+        } else {
+            staged.push_back({std::unique_ptr<TVDBObject>(object), &entry.get_value()});
+        }
+        if (id >= localMax)
+            localMax = id + 1;
+    }
+    for (Staged& s : staged) {
+        if (TVDBObject* existing = find_object(s.m_object->get_id())) {
+            // A later version replaces the earlier one in place.
+            TV_PASS_ON(existing->object_from_string(*s.m_text, d->m_appFileVersion));
+        } else {
+            TVDBObject* object = s.m_object.release();
+            d->m_objects.add(object);
+            d->m_map[object->get_id()] = object;
+        }
+    }
+    skip = localSkip;
+    max_id = localMax;
+    if (!blockDb.empty())
+        db_text = blockDb;
+    return TVErrC_ok;
+}
+
+long TVDatabase::get_partial_good_bytes() const
+{
+    return d->m_partialGoodBytes;
+}
+
+// ---- Loading -----------------------------------------------------------------------
+
+int TVDatabase::load(const std::string& file, bool create_file, const std::string& default_file,
+                     bool keep_partial, bool use_partial, bool remove_intermediate)
+{
+    return load(file, false, create_file, default_file, keep_partial, use_partial,
+                remove_intermediate, false);
+}
+
+int TVDatabase::read(const std::string& file, bool keep_partial, bool use_partial)
+{
+    return load(file, true, false, std::string(), keep_partial, use_partial, false, true);
+}
+
+int TVDatabase::load(const std::string& file, bool read_only, bool create_file,
+                     const std::string& default_file, bool keep_partial, bool use_partial,
+                     bool remove_intermediate, bool no_clean)
+{
+    try {
+        const std::string appType = d->m_appType;
+        if (d->m_isLoaded)
+            return tverror(TVErrC_DatabaseAlreadyLoaded, TVLOCATION,
+                           "Database file %s already loaded.", d->m_completeFile.c_str());
+        set_filename(file);
+        d->m_readOnly = read_only;
+        if (file.empty()) {
+            d->m_isLoaded = true;
+            TV_PASS_ON(initialise(true));
+            return TVErrC_ok;
+        }
+        bool existed = tv_file_exists(file);
+        const std::string oldFile = get_cache_name(file, false) + C_OldExt;
+        if (!existed && !read_only && tv_file_exists(oldFile)) {
+            // A save stopped between its two renames: the old file is whole,
+            // and the partial file holds everything done since it was written.
+            tvlog(TVLOCATION, "Putting %s back as %s", oldFile.c_str(), file.c_str());
+            TV_PASS_ON(tv_rename_file(oldFile, file, true, false));
+            TV_PASS_ON(tv_sync_dir(tv_dirname(file)));
+            existed = true;
+        }
+        if (!existed) {
+            if (!create_file)
+                return tvwarning(TVErrC_FileOpen, TVLOCATION, "The file %s does not exist.",
+                                 file.c_str());
+            if (default_file.empty())
+                return create(file, false);
+            TV_PASS_ON(tv_copy_file(default_file, file, true, false));
+        }
+        if (!no_clean && !read_only)
+            TV_PASS_ON(clean_intermediate(keep_partial, remove_intermediate));
+        TV_PASS_ON(load_file(file));
+        if (!appType.empty() && appType != d->m_appType) {
+            const std::string found = d->m_appType;
+            d->m_appType = appType;
+            return tverror(TVErrC_WrongAppType, TVLOCATION,
+                           "%s is not a %s data file (it is a %s data file).", file.c_str(),
+                           appType.c_str(), found.c_str());
+        }
+        d->m_isLoaded = true;
+        ++d->m_loadID;
+        d->m_lastFullWrite = d->m_lastPartialWrite = get_counter(true);
+        if (use_partial && has_partial("")) {
+            // A damaged session file must not cost the main file: the
+            // warning stays recorded and the load goes on.
+            const int result = load_partial(true);
+            (void)result;
+        }
+        TV_PASS_ON(upgrade_appfileversion());
+        TV_PASS_ON(initialise(true));
+        if (!existed)
+            TV_PASS_ON(save(true, true, false));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::load_file(const std::string& file)
+{
+    try {
+        std::string text;
+        TV_PASS_ON(tv_db_read_file(file, text));
+        std::istringstream in(text);
+        int result = TVErrC_ok;
+        try {
+            result = read(in, false, false);
+        } catch (const TVErrDetails&) {
+            tvuserinfo_set("%s contains invalid data.", file.c_str());
+            tvsysinfo_append(TVLOCATION, "reading %s", file.c_str());
+            get_tverror()->perform_action();
+            return tverrorvalue();
+        }
+        if (istvwarn(result)) {
+            if (get_tverror()->is_error()) {
+                tvuserinfo_set("%s contains invalid data.", file.c_str());
+                tvsysinfo_append(TVLOCATION, "reading %s", file.c_str());
+            }
+            return tv_trail_return(result, TVLOCATION);
+        }
+        if (d->m_appFileVersion > current_appfileversion())
+            return tverror(TVErrC_NewerAppVersion, TVLOCATION,
+                           "This file was written by a newer version of %s - Cannot load.",
+                           tvapplication()->get_application().c_str());
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+bool TVDatabase::has_partial(const std::string& file) const
+{
+    return tv_file_exists(file.empty() ? d->m_partialFile : partial_name(file));
+}
+
+int TVDatabase::load_partial(bool skip_saved)
+{
+    try {
+        if (!d->m_isLoaded)
+            return tverror(TVErrC_DatabaseNotLoaded, TVLOCATION, "Database file %s not loaded.",
+                           d->m_completeFile.c_str());
+        const std::string& partial = d->m_partialFile;
+        if (d->m_completeFile.empty() || !tv_file_exists(partial))
+            return TVErrC_ok;
+        // An unreadable index only costs the skipping of saved blocks:
+        // replaying them onto the main file changes nothing.
+        const int indexResult = d->m_index.load();
+        (void)indexResult;
+        std::string text;
+        if (istvwarn(tv_db_read_file(partial, text)))
+            return tvwarning(TVErrC_CorruptPartial, TVLOCATION, "Could not open the file %s",
+                             partial.c_str());
+        std::istringstream in(text);
+        int result = TVErrC_ok;
+        try {
+            result = read(in, true, skip_saved);
+        } catch (const TVErrDetails&) {
+            result = tverrorvalue();
+        }
+        mark_changed(TVLOCATION, true);
+        d->m_partialAhead = true;
+        if (result == TVErrC_okDelete)
+            return tv_delete_file(partial, false);
+        if (!istvwarn(result))
+            return TVErrC_ok;
+        // Keep the damaged file as it was, and cut the live one back to its
+        // last whole block so the next append follows good data.
+        const std::string damaged = partial + C_DamagedExt;
+        TV_PASS_ON(tv_copy_file(partial, damaged, true, true));
+        std::error_code ec;
+        std::filesystem::resize_file(partial, static_cast<std::uintmax_t>(d->m_partialGoodBytes),
+                                     ec);
+        return tvwarning(TVErrC_CorruptPartial, TVLOCATION,
+                         "The session file %s was damaged: the changes after its last whole "
+                         "operation are lost (the file as it was is %s).",
+                         partial.c_str(), damaged.c_str());
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::load_base()
+{
+    try {
+        TV_PASS_ON(save_partial(""));
+        std::map<int, long> counters;
+        for (const TVDBObject* object : d->m_objects)
+            counters[object->get_id()] = object->get_last_update();
+        clear_objects();
+        d->m_isLoaded = false;
+        d->m_isResolved = false;
+        const std::string file = d->m_baseFile.empty() ? d->m_completeFile : d->m_baseFile;
+        TV_PASS_ON(load_file(file));
+        d->m_isLoaded = true;
+        TV_PASS_ON(load_partial(false));
+        // Objects the replay left as they were look unchanged to the views.
+        for (TVDBObject* object : d->m_objects) {
+            const auto it = counters.find(object->get_id());
+            if (it != counters.end())
+                object->restore_update(it->second);
+        }
+        TV_PASS_ON(initialise(true));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::clean_intermediate(bool keep_partial, bool remove)
+{
+    try {
+        if (d->m_readOnly)
+            return tverror(TVErrC_DatabaseReadOnly, TVLOCATION,
+                           "This database was opened read-only.");
+        const std::string& file = d->m_completeFile;
+        if (file.empty())
+            return TVErrC_ok;
+        const std::string newFile = file + C_NewExt;
+        const std::string oldFile = file + C_OldExt;
+        if (!remove) {
+            std::vector<std::string> names{newFile, oldFile};
+            if (!keep_partial) {
+                names.push_back(d->m_partialFile);
+                names.push_back(d->m_indexFile);
+            }
+            for (const std::string& name : names)
+                if (tv_file_exists(name))
+                    return tvwarning(TVErrC_Intermediate, TVLOCATION,
+                                     "File %s exists with main database.", name.c_str());
+            return TVErrC_ok;
+        }
+        TV_PASS_ON(tv_delete_file(newFile, false));
+        TV_PASS_ON(tv_delete_file(oldFile, false));
+        if (!keep_partial) {
+            TV_PASS_ON(tv_delete_file(d->m_partialFile, false));
+            d->m_firstPartialWrite = true;
+        }
+        if (!d->m_baseFile.empty()) {
+            TV_PASS_ON(tv_delete_file(d->m_baseFile, false));
+            d->m_baseFile.clear();
+        }
+        TV_PASS_ON(tv_delete_file(d->m_indexFile, false));
+        d->m_index.reset();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::create(const std::string& file, bool overwrite)
+{
+    try {
+        TV_PASS_ON(check_writable(false));
+        if (d->m_isLoaded)
+            return tverror(TVErrC_DatabaseAlreadyLoaded, TVLOCATION,
+                           "Database file %s already loaded.", d->m_completeFile.c_str());
+        set_filename(file);
+        if (tv_file_exists(file) && !overwrite)
+            return tvwarning(TVErrC_FileExists, TVLOCATION, "The file %s already exists",
+                             file.c_str());
+        TV_PASS_ON(clean_intermediate(false, true));
+        d->m_isLoaded = true;
+        TV_PASS_ON(initialise(true));
+        TV_PASS_ON(save(true, true, false));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::unload()
+{
+    try {
+        // The side files go only when the main file holds everything: after
+        // a failed load or save they are what the next load recovers from.
+        if (!d->m_readOnly && d->m_isLoaded && !d->m_partialAhead)
+            TV_PASS_ON(clean_intermediate(false, true));
+        clear_objects();
+        d->m_isLoaded = false;
+        d->m_isResolved = false;
+        d->m_readOnly = false;
+        d->m_firstPartialWrite = true;
+        set_filename(std::string());
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+std::string TVDatabase::first_object(const std::string& file)
+{
+    std::string text;
+    if (istvwarn(tv_db_read_file(file, text))) {
+        get_tverror()->clear_last_error();
+        return std::string();
+    }
+    std::istringstream in(text);
+    std::string line;
+    std::getline(in, line);
+    TVSerialForm::strip_line_ends(line);
+    if (rtrim(line) != C_DlmtDBIdentifier)
+        return std::string();
+    const std::string mark = std::string("@") + C_ObjectStart;
+    TVSerialisationEntry entry;
+    while (entry.read_entry(in) == TVErrC_ok)
+        if (entry.get_entrytype() == TVSerialisationEntry::E_TaggedClass &&
+            entry.get_tag() == C_ObjectStart)
+            return entry.get_value();
+    get_tverror()->clear_all();
+    return std::string();
+}
+
+// ---- Virtuals of the application ----------------------------------------------------
+
+int TVDatabase::current_appfileversion() const
+{
+    return 0;
+}
+
+int TVDatabase::upgrade_appfileversion()
+{
+    try {
+        const int current = current_appfileversion();
+        if (d->m_appFileVersion >= current || d->m_readOnly)
+            return TVErrC_ok;
+        const std::string& file = d->m_completeFile;
+        if (!file.empty() && tv_file_exists(file))
+            TV_PASS_ON(tv_copy_file(file,
+                                    get_cache_name(file, false) + ".Ver" +
+                                        std::to_string(d->m_appFileVersion),
+                                    true, true));
+        d->m_appFileVersion = current;
+        resolve_containers();
+        set_purge_unhandled(true);
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::initialise(bool)
+{
+    resolve_containers();
+    // Object specs, queries and the start-up trigger: the schema layer.
+    mark_changed(TVLOCATION, true);
+    return TVErrC_ok;
+}
+
+void TVDatabase::containers_resolved()
+{
+}
+
+TVDatabase* TVDatabase::create_verification_db(const std::string& app_type) const
+{
+    auto* db = new TVDatabase;
+    db->set_app_type(app_type);
+    return db;
+}
+
+bool TVDatabase::has_user_data() const
+{
+    return false;
+}
+
+// ---- Saving ---------------------------------------------------------------------------
+
+int TVDatabase::save(bool mark_write, bool manual, bool verify_file)
+{
+    const TVAppStatusSetter status(C_SavingStatus, true, C_SaveStatusDelayMicro);
+    try {
+        TV_PASS_ON(check_writable(true));
+        const std::string& file = d->m_completeFile;
+        if (file.empty())
+            return TVErrC_ok;
+        const std::string newFile = get_cache_name(file, false) + C_NewExt;
+        const std::string oldFile = get_cache_name(file, false) + C_OldExt;
+        d->m_appFileVersion = current_appfileversion();
+        // The links to shared copies take the file's base name here (sync layer).
+        TV_PASS_ON(tv_create_dir(tv_dirname(file), true));
+        TV_PASS_ON(tv_create_dir(tv_dirname(newFile), true));
+        if (mark_write) {
+            // Stamped before the write, so that the stamps are in the file.
+            d->m_writeTime = TVDateUtils::now();
+            d->m_writeHost = TVApplication::get_hostname();
+        }
+        (void)manual; // which links are told to push: the sync layer
+
+        // The whole text first, then one write: the file is open briefly.
+        std::ostringstream text;
+        TV_PASS_ON(write(text, 0, false, std::string(), -1));
+        TV_PASS_ON(tv_db_write_file(newFile, text.str(), false));
+
+        // From here on a whole main file is on disk at every moment: F, or
+        // old_file with new_file beside it (load puts old_file back).
+        const bool existed = tv_file_exists(file);
+        if (existed)
+            TV_PASS_ON(tv_rename_file(file, oldFile, true, true));
+        if (d->m_baseFile.empty()) {
+            // The first save of the session: the state the log starts from.
+            const std::string base = get_cache_name(file, true) + C_BaseExt;
+            TV_PASS_ON(tv_create_dir(tv_dirname(base), true));
+            const std::string& source = d->m_index.size() == 0 ? newFile : oldFile;
+            if (d->m_index.size() == 0 || existed) {
+                TV_PASS_ON(tv_copy_file(source, base, true, true));
+                TV_PASS_ON(tv_sync_file(base));
+            }
+            d->m_baseFile = base;
+        }
+        TV_PASS_ON(tv_rename_file(newFile, file, true, true));
+        TV_PASS_ON(tv_sync_dir(tv_dirname(file)));
+        if (tv_dirname(newFile) != tv_dirname(file))
+            TV_PASS_ON(tv_sync_dir(tv_dirname(newFile)));
+
+        if (has_user_data() || verify_file) {
+            int result = TVErrC_ok;
+            bool thrown = false;
+            try {
+                result = verify(file, d->m_appType);
+            } catch (const TVErrDetails&) {
+                result = tverrorvalue();
+                thrown = true;
+            }
+            if (istvwarn(result)) {
+                tvlog(TVLOCATION, "cloud: !Failed Validate");
+                if (existed)
+                    TV_PASS_ON(tv_rename_file(oldFile, file, true, true));
+                tvsysinfo_append(TVLOCATION, "Moved %s back to %s", oldFile.c_str(), file.c_str());
+                if (thrown)
+                    throw TVErrDetails(*get_tverror()->error_details());
+                return tverrorvalue();
+            }
+        }
+        TV_PASS_ON(rotate_backups(oldFile));
+        TV_PASS_ON(d->m_index.mark_save());
+        d->m_lastFullWrite = d->m_lastPartialWrite = get_counter(true);
+        d->m_partialAhead = false;
+        // A stamped save pushes to the linked copies: the sync layer.
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// ".bk0" is always the latest; the far end falls off. Within
+// C_BackupIntervalSeconds of the last rotation the old file just goes.
+int TVDatabase::rotate_backups(const std::string& old_file)
+{
+    const long now = TVUpdateCounter::clock_seconds();
+    if (d->m_backupCount <= 0 || now - d->m_lastBackup <= C_BackupIntervalSeconds)
+        return tv_delete_file(old_file, false);
+    const std::string scratch = get_scratch_name(d->m_completeFile) + C_BackupExt;
+    for (int i = d->m_backupCount; i >= 1; --i) {
+        const std::string source = i == 1 ? old_file : scratch + std::to_string(i - 2);
+        if (tv_file_exists(source))
+            TV_PASS_ON(tv_rename_file(source, scratch + std::to_string(i - 1), true, true));
+    }
+    d->m_lastBackup = now;
+    return TVErrC_ok;
+}
+
+int TVDatabase::save_partial(const std::string& transaction)
+{
+    try {
+        TV_PASS_ON(check_writable(true));
+        if (d->m_completeFile.empty())
+            return TVErrC_ok;
+        const std::string& partial = d->m_partialFile;
+        // The header goes at the head of the file, and only there.
+        std::error_code ec;
+        const bool first = !tv_file_exists(partial) || std::filesystem::file_size(partial, ec) == 0;
+        std::ostringstream block;
+        TV_PASS_ON(write(block, d->m_lastPartialWrite, first, transaction, -1));
+        TV_PASS_ON(tv_db_write_file(partial, block.str(), true));
+        d->m_lastPartialWrite = get_counter(true);
+        d->m_firstPartialWrite = false;
+        d->m_partialAhead = true;
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::complete_operation(const std::string& operation)
+{
+    try {
+        if (!d->m_isLoaded)
+            return tverror(TVErrC_DatabaseNotLoaded, TVLOCATION, "Database file %s not loaded.",
+                           d->m_completeFile.c_str());
+        if (d->m_readOnly)
+            return TVErrC_ok;
+        if (needs_save())
+            TV_PASS_ON(save_partial(operation));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::verify(const std::string& file, const std::string& app_type) const
+{
+    try {
+        if (!d->m_isLoaded)
+            return tverror(TVErrC_DatabaseNotLoaded, TVLOCATION, "Database file %s not loaded.",
+                           d->m_completeFile.c_str());
+        if (d->m_completeFile.empty())
+            return TVErrC_ok;
+        std::unique_ptr<TVDatabase> check(create_verification_db(app_type));
+        int result = TVErrC_ok;
+        try {
+            result = check->load(file, true, false, std::string(), true, false, false, true);
+        } catch (const TVErrDetails&) {
+            result = tverrorvalue();
+        }
+        check.reset();
+        if (istvwarn(result)) {
+            tvlog(TVLOCATION, "cloud: @verify Failed");
+            return tverror(TVErrC_CorruptDatabase, TVLOCATION, "Unable to load database %s.",
+                           file.c_str());
+        }
+        TV_PASS_ON(tv_copy_file(file, get_scratch_name(d->m_completeFile) + C_LastKnownGood, true,
+                                true));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::save_as(const std::string& file, bool manual)
+{
+    try {
+        TV_PASS_ON(check_writable(true));
+        const std::string oldMain = d->m_completeFile;
+        const std::string oldIndex = d->m_indexFile;
+        const std::string oldBase = d->m_baseFile;
+        const std::string oldPartial = d->m_partialFile;
+        set_filename(file);
+        if (!oldBase.empty()) {
+            d->m_baseFile = get_cache_name(file, true) + C_BaseExt;
+            TV_PASS_ON(tv_create_dir(tv_dirname(d->m_baseFile), true));
+        }
+        // The undo history travels with the new name. set_filename emptied
+        // the log in memory; the renamed file is the same log.
+        if (!oldIndex.empty() && tv_file_exists(oldIndex) && oldIndex != d->m_indexFile)
+            TV_PASS_ON(tv_rename_file(oldIndex, d->m_indexFile, true, true));
+        TV_PASS_ON(d->m_index.load());
+        if (!oldBase.empty() && tv_file_exists(oldBase) && oldBase != d->m_baseFile)
+            TV_PASS_ON(tv_rename_file(oldBase, d->m_baseFile, true, true));
+        if (!oldPartial.empty() && tv_file_exists(oldPartial) && oldPartial != d->m_partialFile)
+            TV_PASS_ON(tv_rename_file(oldPartial, d->m_partialFile, true, true));
+        if (!oldMain.empty() && tv_file_exists(oldMain) && oldMain != file)
+            TV_PASS_ON(tv_copy_file(oldMain, file, true, true));
+        TV_PASS_ON(save(true, manual, true));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::save_snapshot(bool manual)
+{
+    const int count = d->m_backupCount;
+    if (count == 0)
+        d->m_backupCount = C_SnapshotBackupCount;
+    d->m_lastBackup = 0;
+    int result = TVErrC_ok;
+    try {
+        result = save(true, manual, true);
+    } catch (const TVErrDetails&) {
+        d->m_backupCount = count;
+        d->m_lastBackup = 0;
+        tv_trail_throw(TVLOCATION);
+    }
+    // The next ordinary save rotates as well.
+    d->m_backupCount = count;
+    d->m_lastBackup = 0;
+    return istvwarn(result) ? tv_trail_return(result, TVLOCATION) : result;
+}
+
+int TVDatabase::restore_snapshot(const std::string& snapshot, std::string& backup)
+{
+    try {
+        if (!tv_file_exists(snapshot))
+            return tvwarning(TVErrC_FileOpen, TVLOCATION, "Could not open %s.", snapshot.c_str());
+        const std::string file = d->m_completeFile;
+        const std::string appType = d->m_appType;
+        backup = get_scratch_name(file) + C_SafetyExt;
+        if (backup == snapshot)
+            backup += "1";
+        // A safety copy of the present state, whole.
+        std::ostringstream text;
+        TV_PASS_ON(write(text, 0, false, std::string(), -1));
+        TV_PASS_ON(tv_db_write_file(backup, text.str(), false));
+        TV_PASS_ON(tv_copy_file(snapshot, file, true, true));
+        TV_PASS_ON(clean_intermediate(false, true));
+        TV_PASS_ON(unload());
+        d->m_appType = appType;
+        int result = TVErrC_ok;
+        try {
+            result = load(file, false, std::string(), false, true, true);
+        } catch (const TVErrDetails&) {
+            result = tverrorvalue();
+        }
+        if (istvwarn(result)) {
+            get_tverror()->clear_last_error();
+            (void)unload();
+            d->m_appType = appType;
+            TV_PASS_ON(tv_rename_file(backup, file, true, true));
+            TV_PASS_ON(load(file, false, std::string(), false, true, true));
+            return tvwarning(TVErrC_FileOpen, TVLOCATION, "Could not restore snapshot %s",
+                             snapshot.c_str());
+        }
+        TVDBObject::mark_structure_change();
+        TV_PASS_ON(save(false, false, false));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::replace_file(const std::string& text)
+{
+    try {
+        const std::string file = d->m_completeFile;
+        const std::string appType = d->m_appType;
+        // The merged text is the new truth: the old session's log is not.
+        if (!d->m_readOnly)
+            TV_PASS_ON(clean_intermediate(false, true));
+        TV_PASS_ON(unload());
+        d->m_appType = appType;
+        std::istringstream in(text);
+        int result = TVErrC_ok;
+        try {
+            result = read(in, false, false);
+        } catch (const TVErrDetails&) {
+            result = tverrorvalue();
+        }
+        if (istvwarn(result)) {
+            (void)unload();
+            get_tverror()->clear_last_error();
+            d->m_appType = appType;
+            TV_PASS_ON(load(file, false, std::string(), false, true, true));
+            return tverror(TVErrC_DatabaseNotLoaded, TVLOCATION, "Database file %s not loaded.",
+                           file.c_str());
+        }
+        set_filename(file);
+        d->m_isLoaded = true;
+        d->m_lastFullWrite = d->m_lastPartialWrite = get_counter(true);
+        d->m_firstPartialWrite = true;
+        TV_PASS_ON(initialise(true));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::remove_partial(const std::string& file)
+{
+    try {
+        if (d->m_readOnly)
+            return tverror(TVErrC_DatabaseReadOnly, TVLOCATION,
+                           "This database was opened read-only.");
+        if (!file.empty())
+            return tv_delete_file(partial_name(file), false);
+        if (!d->m_completeFile.empty()) {
+            TV_PASS_ON(tv_delete_file(d->m_partialFile, false));
+            d->m_firstPartialWrite = true;
+        }
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+void TVDatabase::set_backup_count(int count)
+{
+    d->m_backupCount = count;
+}
+
+int TVDatabase::get_backup_count() const
+{
+    return d->m_backupCount;
+}
+
+void TVDatabase::set_autosave(bool on)
+{
+    d->m_autosave = on;
+}
+
+bool TVDatabase::get_autosave() const
+{
+    return d->m_autosave;
+}
+
+// ---- Recalculation thread ----------------------------------------------------------
+
+int TVDatabase::start_recalc_thread(TVThread::E_ThreadPriority priority)
+{
+    return start_thread(priority);
+}
+
+void TVDatabase::signal_recalc_thread()
+{
+    d->m_recalcSignal.send_signal();
+}
+
+void TVDatabase::stop_recalc_thread()
+{
+    if (!is_running())
+        return;
+    mark_stop();
+    signal_recalc_thread();
+    wait_thread();
+}
+
+int TVDatabase::background_recalculate()
+{
+    return TVErrC_ok;
+}
+
+void TVDatabase::signal_recalc_complete()
+{
+    TVMutexLocker lock(d->m_completeLock);
+    d->m_recalcComplete = true;
+}
+
+bool TVDatabase::recalc_complete()
+{
+    TVMutexLocker lock(d->m_completeLock);
+    const bool complete = d->m_recalcComplete;
+    d->m_recalcComplete = false;
+    return complete;
+}
+
+void TVDatabase::pause_background(bool pause)
+{
+    signal_recalc_thread();
+    TVMutexLocker lock(d->m_pauseLock);
+    d->m_pauseBackground = pause;
+}
+
+int TVDatabase::recalculate(E_RecalcLevel)
+{
+    return TVErrC_ok;
+}
+
+int TVDatabase::func()
+{
+    while (!is_stopping()) {
+        (void)d->m_recalcSignal.wait_signal(C_RecalcWaitMs);
+        if (is_stopping())
+            break;
+        bool paused = false;
+        {
+            TVMutexLocker lock(d->m_pauseLock);
+            paused = d->m_pauseBackground;
+        }
+        if (paused)
+            continue;
+        try {
+            const int result = background_recalculate();
+            if (istvwarn(result))
+                tvlog(TVLOCATION, "Background recalculation failed (%d)", result);
+        } catch (const TVErrDetails&) {
+            tvlog(TVLOCATION, "Background recalculation failed");
+        }
+    }
+    return TVErrC_ok;
+}

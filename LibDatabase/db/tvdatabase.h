@@ -1,0 +1,284 @@
+#ifndef TVDATABASE_H
+#define TVDATABASE_H
+
+// TVDatabase: a file of objects, and the object that stands for the file.
+//
+// It owns every object of the file (in file order, with an id map), gives
+// out ids, writes and reads the file formats (doc/file-format.md), loads
+// with the partial file's replay, and saves through renames that always
+// leave a whole main file on disk. Each finished operation is appended to
+// the partial file (complete_operation), so what the user did survives a
+// crash even between full saves.
+//
+// It is itself a TVDBObject, id 0 (the first id it allocates is its own),
+// written first in its file in the class name that the application
+// registered. It is also a TVThread, whose only work is recalculation.
+//
+// Files, with main file F (see get_cache_name, get_scratch_name):
+//   main     F                         partial  scratch(F) + ".bpu"
+//   base     cache(F, forced) + ".tvdbbase"
+//   index    cache(F, forced) + ".tvdbindex"
+//   new/old  cache(F) + ".new" / ".old" (beside F unless on Apple systems)
+//   backups  scratch(F) + ".bk0", ".bk1", ...  (".bk0" the latest)
+//   last known good  scratch(F) + ".lkg"
+//
+// Threads: all of it runs on the thread that owns the database (the main
+// thread), except func, which runs background_recalculate on the
+// database's own thread, and the two flag calls, signal_recalc_complete
+// and recalc_complete, which take their own mutexes. No lock is held
+// across file work; the owner pauses the background work around saving
+// and loading.
+//
+// Errors follow the framework: every fallible call returns an int and
+// reports through tverror/tvwarning; messages name the file concerned.
+
+#include "LibComms/thread/tvcondvar.h"
+#include "LibComms/thread/tvmutex.h"
+#include "LibComms/thread/tvthread.h"
+#include "LibDatabase/db/tvdbindex.h"
+#include "LibDatabase/db/tvdbobject.h"
+#include "LibDate/date/tvdate.h"
+
+#include <iosfwd>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+class TVDatabase : public TVThread, public virtual TVDBObject
+{
+public:
+    enum E_RecalcLevel { E_RecalcAll = 0, E_RecalcChanged = 1, E_RecalcNone = 2 };
+
+    static int TVErrC_NotADatabase;
+    static int TVErrC_InvalidDatabaseVersion;
+    static int TVErrC_NewerAppVersion;
+    static int TVErrC_ObjectIdNotFound;
+    static int TVErrC_CorruptDatabase;
+    static int TVErrC_CorruptPartial;
+    static int TVErrC_Intermediate;
+    static int TVErrC_DatabaseNotLoaded;
+    static int TVErrC_DatabaseReadOnly;
+    static int TVErrC_DatabaseAlreadyLoaded;
+    static int TVErrC_WrongAppType;
+    static int TVErrC_InvalidObjectSpec;
+    static int TVErrC_UnfilledVariables;
+    static int TVErrC_ExtraVariables;
+    static int TVErrC_InvalidChild;
+
+    // The file format. None of these may change: they stand in every file.
+    static const char* const C_DlmtDBIdentifier; // "TVDatabase:7685", line 1
+    static const char* const C_DlmtVersion;      // "Version", line 2
+    static const char* const C_DlmtTransaction;  // "Transaction", a block's first field
+    static const char* const C_ObjectStart;      // "O:", the tag of every object
+    static constexpr int C_LatestFileVersion = 0;
+
+    static const char* const C_IdMgr;            // "IM"
+    static const char* const C_DatabaseService;  // "Database"
+    static const char* const C_DatabaseTag;      // "DB"
+    static const char* const C_SpecTag;          // "OS"
+    static const char* const C_QueryTag;         // "QU"
+    static const char* const C_NoteTag;          // "NO"
+    static const char* const C_DefaultSpecName;  // "Default"
+    static const char* const C_TopLevelSpecName; // "TopLevel"
+    static const char* const C_DefaultChildName; // "Object"
+    static const char* const C_SystemReference;  // "SYSTEM"
+    static const char* const C_LastKnownGood;    // ".lkg"
+    static const char* const C_DatabasePartDirParam; // "PartDir"
+    static const char* const C_DatabasePartDirLabel; // "Temporary File Location"
+
+    static constexpr int C_DefaultBackupCount = 5;
+    // Backups rotate at most this often, so frequent saves keep few copies.
+    static constexpr long C_BackupIntervalSeconds = 7200;
+    // save_snapshot's rotation depth when backups are off.
+    static constexpr int C_SnapshotBackupCount = 10;
+    // Tombstones stay in the main file for this many days of saves.
+    static constexpr int C_TombstoneDays = 7;
+    static constexpr int C_RecalcWaitMs = 10000;
+    static constexpr int C_SaveStatusDelayMicro = 1000000;
+
+    TVDatabase();
+    TVDatabase(const TVDatabase&) = delete;
+    TVDatabase& operator=(const TVDatabase&) = delete;
+    // Stops the recalculation thread and destroys the objects. Files are
+    // not touched: a database dropped without unload leaves its side files
+    // for the next load, as a crash would.
+    ~TVDatabase() override;
+
+    // Makes a fresh database; a source hands over its record only.
+    static int create_tvobject(TVObject*& out, const TVObject* source);
+    void register_tvobject() override;
+    [[nodiscard]] int serialise(std::istream* in, std::ostream* out, const std::string& prefix,
+                                int version) override;
+    void dump(std::ostream& out, int indent) const override;
+    void set_defaults(bool constructing);
+
+    // ---- Objects and ids ------------------------------------------------------
+
+    // Returns the next id and moves past it; the database is marked changed.
+    int allocate_id();
+    int next_id() const;
+    // This database for its own id, else the map's; null when absent.
+    TVDBObject* get_object_by_id(int id) const;
+    int get_nobjects() const;
+    // In file order; null for a bad index.
+    TVDBObject* get_object_by_index(int index) const;
+    // Rebuilds every container from the parent ids, then containers_resolved.
+    int resolve_containers();
+
+    // Takes object into the database (owned from here on). id -1 allocates
+    // one. With a parent, container_tag names the parent's container. A
+    // non-empty operation finishes the operation (complete_operation).
+    // Object specs and the schema's triggers are not applied yet.
+    [[nodiscard]] int add_object(TVDBObject* object, TVDBObject* parent,
+                                 const std::string& container_tag, const std::string& member_tag,
+                                 int spec_id, const std::string& operation, int id = -1);
+    // Leaves a tombstone ('D') of the object and of its children, which a
+    // later full save drops after C_TombstoneDays; references to it end.
+    [[nodiscard]] int delete_object(int id, const std::string& operation);
+
+    // The highest update counter of this object and all objects.
+    long get_last_db_update() const;
+    bool db_has_changed_since(long counter) const;
+    long get_last_structure_change() const;
+    void set_last_structure_change(long counter);
+    // Anything changed since the last partial write.
+    bool needs_save() const;
+
+    // ---- Identity of the file -----------------------------------------------
+
+    // The application sets its type before loading; a file of another type
+    // won't load.
+    void set_app_type(const std::string& type);
+    const std::string& get_app_type() const;
+    const std::string& get_comment() const;
+    void set_comment(const std::string& comment);
+    int get_appfileversion() const;
+    int get_database_file_version() const;
+    const TVDate& get_last_write() const;
+    const std::string& get_write_host() const;
+    bool is_loaded() const;
+    bool is_read_only() const;
+    TVDBIndex& get_index();
+
+    // ---- File names ---------------------------------------------------------
+
+    // Sets main, partial and index names at once; the base name is empty
+    // until the first save.
+    void set_filename(const std::string& file);
+    const std::string& get_filename() const;
+    const std::string& get_partial_filename() const;
+    const std::string& get_base_filename() const;
+    const std::string& get_index_filename() const;
+    // See tvcachename.h.
+    static std::string get_cache_name(const std::string& path, bool force);
+    // The application's scratch directory, "/" and path's base name.
+    static std::string get_scratch_name(const std::string& path);
+    static std::string partial_name(const std::string& path);
+
+    // ---- Formats ------------------------------------------------------------
+
+    // Writes the header (unless since is non-zero and not first), a
+    // transaction line (with a transaction and since above 0; the
+    // transaction is logged in the index first), this database's record if
+    // it changed since since (always with since 0), and the objects: since
+    // 0, all but tombstones older than C_TombstoneDays; since above 0, those
+    // changed since then; since below 0, all.
+    [[nodiscard]] int write(std::ostream& out, long since, bool first,
+                            const std::string& transaction, int version) const;
+    // Reads what write wrote, onto this database. partial reads the blocks
+    // of a partial file, which replace objects by id; skip_saved leaves out
+    // the blocks that the last full save holds. A partial block is all or
+    // nothing: a block that doesn't read stops the read with the blocks
+    // before it applied, and get_partial_good_bytes() tells where it began.
+    [[nodiscard]] int read(std::istream& in, bool partial, bool skip_saved);
+    // Bytes of the partial file that the last read applied whole.
+    long get_partial_good_bytes() const;
+
+    // ---- Loading ------------------------------------------------------------
+
+    [[nodiscard]] int load(const std::string& file, bool read_only, bool create,
+                           const std::string& default_file, bool keep_partial, bool use_partial,
+                           bool remove_intermediate, bool no_clean);
+    [[nodiscard]] int load(const std::string& file, bool create, const std::string& default_file,
+                           bool keep_partial, bool use_partial, bool remove_intermediate);
+    // Opens read-only and creates nothing.
+    [[nodiscard]] int read(const std::string& file, bool keep_partial, bool use_partial);
+    [[nodiscard]] int create(const std::string& file, bool overwrite);
+    [[nodiscard]] int unload();
+    [[nodiscard]] int load_partial(bool skip_saved);
+    // Rebuilds the database from the base file and the partial file.
+    [[nodiscard]] int load_base();
+    bool has_partial(const std::string& file) const;
+    [[nodiscard]] int clean_intermediate(bool keep_partial, bool remove);
+    // The text of the first object of a file; empty if it can't be read or
+    // is no database file.
+    static std::string first_object(const std::string& file);
+
+    // ---- Saving -------------------------------------------------------------
+
+    [[nodiscard]] int save(bool mark_write, bool manual, bool verify);
+    [[nodiscard]] int save_partial(const std::string& transaction);
+    // The end of an operation: appends what changed, under a new
+    // transaction, if anything did. TVErrC_ok means it is on the disk.
+    [[nodiscard]] int complete_operation(const std::string& operation);
+    [[nodiscard]] int verify(const std::string& file, const std::string& app_type) const;
+    [[nodiscard]] int save_as(const std::string& file, bool manual);
+    [[nodiscard]] int save_snapshot(bool manual);
+    // backup receives the name of the safety copy of the present state.
+    [[nodiscard]] int restore_snapshot(const std::string& snapshot, std::string& backup);
+    // Replaces the whole database by text (a merge's result).
+    [[nodiscard]] int replace_file(const std::string& text);
+    [[nodiscard]] int remove_partial(const std::string& file);
+    void set_backup_count(int count);
+    int get_backup_count() const;
+    void set_autosave(bool on);
+    bool get_autosave() const;
+
+    // ---- Recalculation thread -----------------------------------------------
+
+    [[nodiscard]] int start_recalc_thread(TVThread::E_ThreadPriority priority);
+    void signal_recalc_thread();
+    void stop_recalc_thread();
+    // On the database's thread, at most every C_RecalcWaitMs; nothing here.
+    [[nodiscard]] virtual int background_recalculate();
+    void signal_recalc_complete();
+    // Whether a pass finished since the last call; clears the flag.
+    bool recalc_complete();
+    void pause_background(bool pause);
+    // The schema layer's variable update; nothing yet in this layer.
+    [[nodiscard]] virtual int recalculate(E_RecalcLevel level);
+
+    // ---- What an application overrides --------------------------------------
+
+    virtual int current_appfileversion() const;
+    [[nodiscard]] virtual int upgrade_appfileversion();
+    [[nodiscard]] virtual int initialise(bool all);
+    virtual void containers_resolved();
+    // An empty database of the application's class; the caller owns it.
+    virtual TVDatabase* create_verification_db(const std::string& app_type) const;
+    // Whether the file holds the user's work, so that every save verifies.
+    virtual bool has_user_data() const;
+
+protected:
+    int func() override;
+
+private:
+    struct TVDatabaseImpl;
+
+    // Destroys every object; the names and flags stay.
+    void clear_objects();
+    TVDBObject* find_object(int id) const;
+    [[nodiscard]] int read_block(const std::string& text, bool partial, bool skip_saved,
+                                 bool& skip, int& max_id, std::string& db_text);
+    [[nodiscard]] int load_file(const std::string& file);
+    [[nodiscard]] int check_writable(bool loaded) const;
+    [[nodiscard]] int rotate_backups(const std::string& old_file);
+    [[nodiscard]] int extract_tree(int id);
+
+    std::unique_ptr<TVDatabaseImpl> d;
+};
+
+std::ostream& operator<<(std::ostream& out, const TVDatabase& db);
+
+#endif // TVDATABASE_H

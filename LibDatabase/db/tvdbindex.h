@@ -1,0 +1,87 @@
+#ifndef TVDBINDEX_H
+#define TVDBINDEX_H
+
+// TVDBIndex: a database's transaction log, kept in memory and appended to
+// the index file as events happen. The file is never rewritten:
+//
+//   index-file := { "@T:" LF transaction-record | "@I:" LF index-record }
+//
+// A later record of a transaction id replaces an earlier one (undo and redo
+// append the transaction again with its new status). An "@I:" record says
+// how many transactions the last full save already holds ("lastSave").
+//
+// Transactions are owned and kept in id order; ids are array positions.
+// Without a file name the index works in memory only.
+
+#include "LibDatabase/db/tvdbtransaction.h"
+#include "LibObject/object/tvobject.h"
+
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <vector>
+
+class TVDBIndex : public TVObject
+{
+public:
+    static constexpr const char* C_TransactionStart = "T:";
+    static constexpr const char* C_IndexStart = "I:";
+
+    TVDBIndex();
+    TVDBIndex(const TVDBIndex& other);
+    TVDBIndex& operator=(const TVDBIndex& other);
+    ~TVDBIndex() override;
+
+    static int create_tvobject(TVObject*& out, const TVObject* source);
+    void register_tvobject() override;
+    [[nodiscard]] int serialise(std::istream* in, std::ostream* out, const std::string& prefix,
+                                int version) override;
+    void dump(std::ostream& out, int indent) const override;
+
+    void set_defaults(bool constructing);
+
+    // Names the file and empties the log (the file is not read).
+    void initialise(const std::string& file);
+    // Empties the log; the file name stays.
+    void reset();
+    const std::string& get_filename() const { return m_fileName; }
+    int size() const { return static_cast<int>(m_transactions.size()); }
+    // Null for an id out of range.
+    const TVDBTransaction* get_transaction(int id) const;
+
+    // Appends a new active transaction, logs it, and gives its tag.
+    [[nodiscard]] int add_transaction(const std::string& operation, std::string& tag, int version);
+    // Appends one "@T:" record; nothing without a file name.
+    [[nodiscard]] int write_transaction(const TVDBTransaction& transaction);
+    // The last full save holds every transaction so far.
+    [[nodiscard]] int mark_save();
+    // Appends one "@I:" record; nothing without a file name.
+    [[nodiscard]] int write_index();
+    // -1 when no save is recorded.
+    int get_last_save() const { return m_lastSave; }
+    // 0 (active) for an id out of range: a block whose transaction never
+    // reached the log still counts.
+    int get_status(int id) const;
+    // Reads the log back. No name or no file: TVErrC_ok, unchanged. A
+    // record that won't read: TVErrC_FileRead "Could not read the file %s";
+    // a save mark beyond the transactions logged: TVErrC_FileInvalid
+    // "The index %s names transactions that are not there.". Either way
+    // the log is left empty with no save recorded, so every block replays.
+    [[nodiscard]] int load();
+
+    // Undo and redo (can_undo, undo, ...) come with the editing layer; they
+    // only flip a status and call write_transaction.
+
+private:
+    [[nodiscard]] int append_record(const char* tag, const TVObject& record);
+    [[nodiscard]] int read_records(const std::string& text);
+
+    std::string m_fileName;
+    std::vector<std::unique_ptr<TVDBTransaction>> m_transactions;
+    int m_lastSave;
+    int m_version;
+};
+
+std::ostream& operator<<(std::ostream& out, const TVDBIndex& index);
+
+#endif // TVDBINDEX_H

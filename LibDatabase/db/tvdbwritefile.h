@@ -1,0 +1,26 @@
+#ifndef TVDBWRITEFILE_H
+#define TVDBWRITEFILE_H
+
+// tv_db_write_file: the one way the database puts bytes on the disk.
+//
+// Writes text to name in one call (replacing the file, or appended to it),
+// then flushes it to the disk: TVErrC_ok means the bytes are there. The
+// directory is made first. Failures, each naming the file:
+//   the warning TVErrC_FileCreate "Could not create the file %s" (open),
+//   the error TVErrC_FileWrite "Failed write of %s" (write),
+//   tv_sync_file's own errors (flush).
+// A failed append is cut back to the length the file had before, so a half
+// block never stays behind in an append-only log. A failed replacing write
+// leaves a partial file at name: callers write to a scratch name.
+//
+// The write asks TVFileFaults (E_OpWrite on name) first, so tests can fail it.
+
+#include <string>
+
+[[nodiscard]] int tv_db_write_file(const std::string& name, const std::string& text, bool append);
+
+// The whole file into text. TVFileFaults' E_OpRead on name, or a file that
+// won't open: the warning TVErrC_FileOpen "Could not open the file %s".
+[[nodiscard]] int tv_db_read_file(const std::string& name, std::string& text);
+
+#endif // TVDBWRITEFILE_H
