@@ -865,10 +865,14 @@ int TVDatabase::load_file(const std::string& file)
             }
             return tv_trail_return(result, TVLOCATION);
         }
-        if (d->m_appFileVersion > current_appfileversion())
-            return tverror(TVErrC_NewerAppVersion, TVLOCATION,
-                           "This file was written by a newer version of %s - Cannot load.",
-                           tvapplication()->get_application().c_str());
+        if (d->m_appFileVersion > current_appfileversion()) {
+            const int newer = tverror(TVErrC_NewerAppVersion, TVLOCATION,
+                                      "This file was written by a newer version of %s - Cannot "
+                                      "load.",
+                                      tvapplication()->get_application().c_str());
+            tvsysinfo_append(TVLOCATION, "reading %s", file.c_str());
+            return newer;
+        }
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
