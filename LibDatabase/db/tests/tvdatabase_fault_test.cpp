@@ -1,0 +1,154 @@
+// Saving through its faults: every disk operation of a save and of a
+// partial save fails in turn, once or from there on (a crash), and what
+// complete_operation had returned for must load again.
+
+#include "LibDatabase/db/tests/tvdbfiletest.h"
+
+#include "LibCore/fileutils/tvfilefaults.h"
+#include "LibCore/fileutils/tvfileutils.h"
+
+#include <string>
+
+namespace {
+
+// Fails the disk operation numbered target (from 0), and with crash every
+// one after it too; remembers the path of the first failure.
+class FaultAt
+{
+public:
+    FaultAt(int target, bool crash)
+        : m_faults([this, target, crash](TVFileFaults::E_FileOp, const std::string& path,
+                                         const std::string&) {
+              const int n = m_count++;
+              const bool fail = n == target || (crash && n > target);
+              if (fail && m_path.empty())
+                  m_path = path;
+              return fail;
+          })
+    {
+    }
+    bool fired() const { return !m_path.empty(); }
+    const std::string& path() const { return m_path; }
+
+private:
+    int m_count = 0;
+    std::string m_path;
+    TVFileFaults m_faults;
+};
+
+class DatabaseFaultTest : public TVDBFileTest
+{
+protected:
+    // Runs step under a fault at each disk operation in turn, on a fresh
+    // database where "a" is saved and "b" is only in the partial file,
+    // until a run meets no fault. Then reopens as after a restart.
+    template <class Step>
+    void each_fault(bool crash, Step step)
+    {
+        for (int target = 0;; ++target) {
+            SCOPED_TRACE((crash ? "crash at operation " : "fault at operation ") +
+                         std::to_string(target));
+            use_folder((crash ? "crash" : "fault") + std::to_string(target));
+            std::set<std::string> done{"a", "b"};
+            bool fired = false;
+            {
+                std::unique_ptr<TVDatabase> db = reopen();
+                ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+                ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+                ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+                FaultAt fault(target, crash);
+                const int result = step(*db, done);
+                fired = fault.fired();
+                const std::string messages = take_messages();
+                if (fired) {
+                    EXPECT_TRUE(istvwarn(result)) << fault.path();
+                    EXPECT_NE(messages.find(tv_filename(fault.path())), std::string::npos)
+                        << fault.path() << "\n" << messages;
+                } else {
+                    EXPECT_EQ(result, TVErrC_ok) << messages;
+                }
+            } // dropped where it stood, as by a crash
+            std::unique_ptr<TVDatabase> db = reopen();
+            EXPECT_EQ(names(*db), done);
+            EXPECT_FALSE(get_tverror()->is_error()) << take_messages();
+            if (!fired)
+                return;
+        }
+    }
+};
+
+TEST_F(DatabaseFaultTest, SaveStoppedAtAnyStepLosesNothing)
+{
+    for (bool crash : {false, true})
+        each_fault(crash, [](TVDatabase& db, std::set<std::string>&) {
+            return db.save(true, false, true);
+        });
+}
+
+TEST_F(DatabaseFaultTest, PartialSaveStoppedAtAnyStepKeepsEveryFinishedOperation)
+{
+    for (bool crash : {false, true})
+        each_fault(crash, [](TVDatabase& db, std::set<std::string>& done) {
+            const int result = add(db, "c");
+            // Only an operation that came back finished must be there.
+            if (result == TVErrC_ok)
+                done.insert("c");
+            return result;
+        });
+}
+
+TEST_F(DatabaseFaultTest, FailedVerifyPutsThePreviousFileBack)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+    ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+    const std::string before = slurp(m_file);
+    ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+    {
+        // The verifying load can't read the new file.
+        TVFileFaults unreadable([this](TVFileFaults::E_FileOp op, const std::string& path,
+                                       const std::string&) {
+            return op == TVFileFaults::E_OpRead && path == m_file;
+        });
+        EXPECT_TRUE(istvwarn(db->save(true, true, true)));
+        EXPECT_EQ(get_tverror()->get_code(), TVDatabase::TVErrC_CorruptDatabase);
+    }
+    const std::string messages = take_messages();
+    EXPECT_NE(messages.find("Moved"), std::string::npos) << messages;
+    EXPECT_EQ(slurp(m_file), before);
+    // The autosave's next try writes what the failed one could not.
+    ASSERT_EQ(db->save(true, true, true), TVErrC_ok) << take_messages();
+    EXPECT_NE(slurp(m_file).find("!n!b\n"), std::string::npos);
+    EXPECT_EQ(slurp(m_file), slurp(TVDatabase::get_scratch_name(m_file) + ".lkg"));
+}
+
+TEST_F(DatabaseFaultTest, BackupsRotateAtMostEveryTwoHours)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    db->set_backup_count(3);
+    const std::string scratch = TVDatabase::get_scratch_name(m_file) + ".bk";
+    auto save_as_named = [&](const std::string& name) {
+        ASSERT_EQ(add(*db, name), TVErrC_ok);
+        ASSERT_EQ(db->save(true, false, false), TVErrC_ok) << take_messages();
+    };
+    auto holds = [](const std::string& file, const std::string& name) {
+        return slurp(file).find("!n!" + name + "\n") != std::string::npos;
+    };
+    save_as_named("a"); // rotates: the file before "a" becomes .bk0
+    m_clock.advance(100);
+    save_as_named("b"); // within the interval: the old file just goes
+    EXPECT_FALSE(holds(scratch + "0", "a"));
+    EXPECT_FALSE(tv_file_exists(scratch + "1"));
+    for (const char* name : {"c", "d", "e"}) {
+        m_clock.advance(TVDatabase::C_BackupIntervalSeconds + 1);
+        save_as_named(name);
+    }
+    // .bk0 the latest; the far end fell off.
+    EXPECT_TRUE(holds(scratch + "0", "d") && !holds(scratch + "0", "e"));
+    EXPECT_TRUE(holds(scratch + "1", "c") && !holds(scratch + "1", "d"));
+    EXPECT_TRUE(holds(scratch + "2", "b") && !holds(scratch + "2", "c"));
+    EXPECT_FALSE(tv_file_exists(scratch + "3"));
+    EXPECT_FALSE(tv_file_exists(m_file + ".old"));
+}
+
+} // namespace
