@@ -130,7 +130,10 @@ public:
     // The same with a seed of the caller's choice.
     [[nodiscard]] static int shuffle(TVPtrArray<Question>& list, unsigned seed);
 
-    // Whether the exercise is due again after go, judged against date.
+    // Whether go still stands for this exercise in a session that began at
+    // date: an open run always; a complete one by the sequencing (0 always,
+    // 1 if it started not before date, 2 not before today's midnight, 3 not
+    // before Monday's, any other value never). The schedule has no say.
     bool go_time_expired(const Go& go, const TVDate& date) const;
 
 private:

@@ -179,6 +179,40 @@ TEST_F(GoTest, RecordBeatsTheBestStrictly)
     }
 }
 
+// Whether a run still counts for a session that began at at(0); the
+// sequencing decides, not the schedule.
+TEST_F(GoTest, RunCountsForTheSessionByTheSequencing)
+{
+    struct Row {
+        const char* name;
+        int sequence;
+        bool complete;
+        long started;
+        bool counts;
+    };
+    const std::vector<Row> rows = {
+        {"OpenRunAlwaysCounts", 9, false, 0, true},
+        {"RandomCountsAnyRun", 0, true, -60, true},
+        {"InOrderRunBeforeTheSession", 1, true, -60, false},
+        {"InOrderRunAtTheSessionStart", 1, true, 0, true},
+        {"OtherValueNeverCounts", 9, true, 60, false},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Exercise exercise;
+        exercise.set_sequence(row.sequence);
+        exercise.set_schedule(Exercise::C_ScheduleWeekly);
+        Go go;
+        go.add_question(new Question("1 + 1", 2));
+        go.set_time(TVDateSlot(at(row.started), at(row.started + 30), true));
+        if (row.complete) {
+            (void)go.get_question_no(0)->set_answer("2", false);
+            go.update(false);
+        }
+        EXPECT_EQ(exercise.go_time_expired(go, at(0)), row.counts);
+    }
+}
+
 // Written by hand in the stored order; writing what was read gives the
 // same bytes.
 TEST_F(GoTest, ExerciseStoresEveryFieldInOrder)
