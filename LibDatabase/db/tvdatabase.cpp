@@ -59,6 +59,8 @@ const char* const TVDatabase::C_SystemReference = "SYSTEM";
 const char* const TVDatabase::C_LastKnownGood = ".lkg";
 const char* const TVDatabase::C_DatabasePartDirParam = "PartDir";
 const char* const TVDatabase::C_DatabasePartDirLabel = "Temporary File Location";
+const char* const TVDatabase::C_CreateTrigger = "create";
+const char* const TVDatabase::C_EditTrigger = "edit";
 
 namespace {
 constexpr const char* C_ClassName = "TVDatabase";
@@ -358,11 +360,13 @@ int TVDatabase::add_object(TVDBObject* object, TVDBObject* parent,
                            "The parent object of %d does not have a valid ID set (%d).",
                            object->get_id(), parent->get_id());
         object->set_id(id >= 0 ? id : allocate_id(), TVDateUtils::now(), true);
+        const bool newSpec = object->uses_spec() && spec_id > 0 && spec_id != object->get_spec_id();
         if (spec_id >= 0)
             object->set_spec_id(spec_id);
         if (parent != nullptr) {
-            // The schema layer fills an empty member tag from the parent's spec.
-            object->set_parent(parent, container_tag, member_tag, this);
+            const std::string tag =
+                member_tag.empty() ? spec_child_member_tag(*parent) : member_tag;
+            object->set_parent(parent, container_tag, tag, this);
             TVDBContainerBase* container = parent->get_container(container_tag);
             if (container == nullptr)
                 return tverror(TVErrC_NullPointer, TVLOCATION,
@@ -387,7 +391,14 @@ int TVDatabase::add_object(TVDBObject* object, TVDBObject* parent,
         while (TVDBObject* child = object->extract_managed_child())
             TV_PASS_ON(add_object(child, object, child->get_container_tag(),
                                   child->get_member_tag(), child->get_spec_id(), "", -1));
-        // Object specs, notes and the creation trigger: the schema layer.
+        if (newSpec) {
+            // A spec that doesn't fit only warns: the object stays, as typed.
+            const int result = apply_objectspec_to_db(object, spec_id, true);
+            if (istverr(result))
+                return tv_trail_return(result, TVLOCATION);
+        }
+        TV_PASS_ON(apply_active_note(*object));
+        TV_PASS_ON(run_trigger(*object, C_CreateTrigger));
         if (!operation.empty())
             TV_PASS_ON(complete_operation(operation));
         return TVErrC_ok;
@@ -396,34 +407,63 @@ int TVDatabase::add_object(TVDBObject* object, TVDBObject* parent,
     }
 }
 
-// Tombstones the object and its live children, last first.
-int TVDatabase::extract_tree(int id)
+int TVDatabase::extract_object(int id, TVDBObject*& copy, bool resolve)
 {
-    TVDBObject* object = find_object(id);
-    if (object == nullptr)
-        return tverror(TVErrC_ObjectIdNotFound, TVLOCATION,
-                       "Could not delete - Object ID %d not found.", id);
-    for (int i = d->m_objects.size(); i-- > 0;) {
-        TVDBObject* child = d->m_objects[i];
-        if (child->get_parent() == object && !child->is_deleted())
-            TV_PASS_ON(extract_tree(child->get_id()));
+    copy = nullptr;
+    try {
+        TV_PASS_ON(check_writable(true));
+        TVDBObject* object = find_object(id);
+        if (object == nullptr)
+            return tverror(TVErrC_ObjectIdNotFound, TVLOCATION,
+                           "Could not delete - Object ID %d not found.", id);
+        TV_PASS_ON(object->edit(-1, false));
+        std::unique_ptr<TVObject> made(object->clone_class());
+        auto* cast = dynamic_cast<TVDBObject*>(made.get());
+        if (cast == nullptr)
+            return tverror(TVErrC_Assert, TVLOCATION, "Assertion Failed: objectCopy != nullptr");
+        made.release();
+        std::unique_ptr<TVDBObject> owned(cast);
+        owned->set_parent_ptr(nullptr, object->get_database());
+        // Walked from the end and each put first: the copy's children come
+        // out in file order.
+        for (int i = d->m_objects.size(); i-- > 0;) {
+            TVDBObject* child = d->m_objects[i];
+            if (child->get_parent() != object || child->is_deleted())
+                continue;
+            TVDBObject* childCopy = nullptr;
+            TV_PASS_ON(extract_object(child->get_id(), childCopy, false));
+            if (childCopy == nullptr)
+                return tverror(TVErrC_NullPointer, TVLOCATION, "Could not extract child object.");
+            owned->add_managed_child(childCopy);
+        }
+        TVDBObject* parent = object->get_parent();
+        TVDBObject& changed = parent != nullptr ? *parent : static_cast<TVDBObject&>(*this);
+        changed.mark_changed(TVLOCATION, true);
+        set_last_structure_change(changed.get_last_update());
+        TV_PASS_ON(object->on_remove());
+        object->set_state(E_StateDeleted);
+        TV_PASS_ON(object->commit());
+        copy = owned.release();
+        if (resolve) {
+            resolve_containers();
+            TV_PASS_ON(update_vars(-1, true));
+        }
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
     }
-    TVDBObject* parent = object->get_parent();
-    TVDBObject& changed = parent != nullptr ? *parent : static_cast<TVDBObject&>(*this);
-    changed.mark_changed(TVLOCATION, true);
-    set_last_structure_change(changed.get_last_update());
-    TV_PASS_ON(object->on_remove());
-    object->set_state(E_StateDeleted);
-    object->mark_changed(TVLOCATION, true);
-    return TVErrC_ok;
 }
 
 int TVDatabase::delete_object(int id, const std::string& operation)
 {
     try {
         TV_PASS_ON(check_writable(true));
-        TV_PASS_ON(extract_tree(id));
+        TVDBObject* copy = nullptr;
+        TV_PASS_ON(extract_object(id, copy, false));
+        std::unique_ptr<TVDBObject> owned(copy);
         resolve_containers();
+        owned->mark_changed(TVLOCATION, true);
+        owned.reset();
         // References to the deleted object end.
         for (TVDBObject* object : d->m_objects)
             object->remap_id(id, -1);
@@ -434,6 +474,288 @@ int TVDatabase::delete_object(int id, const std::string& operation)
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
+}
+
+int TVDatabase::replace_object(int id, TVDBObject* object, const std::string& container_tag,
+                               const std::string& member_tag, int spec_id,
+                               const std::string& operation)
+{
+    try {
+        std::unique_ptr<TVDBObject> owned(object);
+        TVDBObject* old = find_object(id);
+        if (old == nullptr)
+            return tvwarning(TVErrC_Assert, TVLOCATION, "Assertion Failed: obj != nullptr");
+        TV_PASS_ON(add_object(owned.release(), old->get_parent(), container_tag, member_tag,
+                              spec_id, "", id));
+        // One object per id in memory as in the file: the new one stands in
+        // the old one's place, where a read-back of the two would leave it.
+        const int oldAt = d->m_objects.index_of(old);
+        TVDBObject* added = d->m_objects.remove(d->m_objects.index_of(find_object(id)));
+        std::unique_ptr<TVDBObject> gone(d->m_objects.remove(oldAt));
+        TV_PASS_ON(d->m_objects.insert(oldAt, added));
+        resolve_containers();
+        gone.reset();
+        if (!operation.empty())
+            TV_PASS_ON(complete_operation(operation));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::clone_object(int id, TVDBObject*& copy) const
+{
+    copy = nullptr;
+    try {
+        const TVDBObject* object = get_object_by_id(id);
+        if (object == nullptr)
+            return tverror(TVErrC_ObjectIdNotFound, TVLOCATION,
+                           "Could not clone - Object ID %d not found.", id);
+        std::unique_ptr<TVObject> made(object->clone_class());
+        copy = dynamic_cast<TVDBObject*>(made.get());
+        if (copy == nullptr)
+            return tverror(TVErrC_DynamicCast, TVLOCATION, "Could not duplicate this object.");
+        made.release();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::clone_external_object(const TVDBObject& object, int next_id)
+{
+    try {
+        const int id = object.get_id();
+        if (id >= d->m_uniqueId)
+            d->m_uniqueId = id + 1;
+        if (next_id >= 0 && d->m_uniqueId < next_id)
+            d->m_uniqueId = next_id;
+        // On a collision the incoming object keeps its id: it may be
+        // referred to by the other objects that come with it.
+        if (TVDBObject* existing = get_object_by_id(id))
+            TV_PASS_ON(change_id(*existing, allocate_id()));
+        std::unique_ptr<TVObject> made(object.clone_class());
+        auto* clone = dynamic_cast<TVDBObject*>(made.get());
+        if (clone == nullptr)
+            return tverror(TVErrC_DynamicCast, TVLOCATION, "Failed to create new object.");
+        made.release();
+        d->m_objects.add(clone);
+        d->m_map[id] = clone;
+        // The stamps stay the other database's; the next partial save takes it.
+        clone->mark_update();
+        TV_PASS_ON(update_vars(id, true));
+        resolve_containers();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::reparent(TVDBObject* object, TVDBObject* parent, const std::string& container_tag)
+{
+    if (object == nullptr)
+        return tverror(TVErrC_NullPointer, TVLOCATION, "The supplied object was nullptr.");
+    object->set_parent(parent, container_tag, object->get_member_tag(), this);
+    resolve_containers();
+    return TVErrC_ok;
+}
+
+int TVDatabase::change_id(TVDBObject& object, int new_id)
+{
+    const int oldId = object.get_id();
+    const auto it = d->m_map.find(oldId);
+    if (it == d->m_map.end() || it->second != &object)
+        return tvwarning(TVErrC_Assert, TVLOCATION, "Assertion Failed: extObj != nullptr");
+    d->m_map.erase(it);
+    // The create id keeps the first id: with the create time it names the
+    // object in every copy of the database.
+    object.set_id(new_id, object.get_create_time(), false);
+    object.mark_update();
+    d->m_map[new_id] = &object;
+    for (TVDBObject* other : d->m_objects)
+        other->remap_id(oldId, new_id);
+    return TVErrC_ok;
+}
+
+int TVDatabase::merge_objects(int from, int to)
+{
+    try {
+        TVDBObject* into = get_object_by_id(from);
+        if (into == nullptr)
+            return tvwarning(TVErrC_Assert, TVLOCATION, "Assertion Failed: from != nullptr");
+        const TVDBObject* gone = get_object_by_id(to);
+        if (gone == nullptr)
+            return tvwarning(TVErrC_Assert, TVLOCATION, "Assertion Failed: to != nullptr");
+        TV_PASS_ON(append_values(*into, *gone));
+        for (TVDBObject* object : d->m_objects)
+            object->remap_id(to, from);
+        remap_id(to, from);
+        // The children moved by id; the delete below follows the tree.
+        resolve_containers();
+        TV_PASS_ON(delete_object(to, "Merged object"));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// ---- Edits -----------------------------------------------------------------------------
+
+TVDBObject* TVDatabase::find_for_edit(int id) const
+{
+    if (!d->m_isLoaded) {
+        tverror(TVErrC_DatabaseNotLoaded, TVLOCATION, "Database file %s not loaded.",
+                d->m_completeFile.c_str());
+        return nullptr;
+    }
+    TVDBObject* object = get_object_by_id(id);
+    if (object == nullptr)
+        tverror(TVErrC_ObjectIdNotFound, TVLOCATION, "Could not edit - Object ID %d not found.",
+                id);
+    return object;
+}
+
+int TVDatabase::edit_object(int id, bool created, int lock_id)
+{
+    try {
+        TVDBObject* object = find_for_edit(id);
+        if (object == nullptr)
+            return tverrorvalue();
+        TV_PASS_ON(object->edit(lock_id, created));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::commit_object(int id, const std::string& operation)
+{
+    try {
+        TVDBObject* object = find_for_edit(id);
+        if (object == nullptr)
+            return tverrorvalue();
+        TV_PASS_ON(update_vars(id, true));
+        TV_PASS_ON(run_trigger(*object, C_EditTrigger));
+        TV_PASS_ON(object->commit());
+        if (!operation.empty())
+            TV_PASS_ON(complete_operation(operation));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::revert_object(int id)
+{
+    try {
+        TVDBObject* object = find_for_edit(id);
+        if (object == nullptr)
+            return tverrorvalue();
+        TV_PASS_ON(object->revert());
+        if (object->get_created())
+            TV_PASS_ON(delete_object(id, "Cancel object creation"));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+bool TVDatabase::object_edited() const
+{
+    if (is_edited())
+        return true;
+    for (const TVDBObject* object : d->m_objects)
+        if (object->is_edited())
+            return true;
+    return false;
+}
+
+// ---- Undo and redo ---------------------------------------------------------------------
+
+bool TVDatabase::can_undo() const
+{
+    return d->m_index.can_undo();
+}
+
+bool TVDatabase::can_redo() const
+{
+    return d->m_index.can_redo();
+}
+
+std::string TVDatabase::get_undo_operation() const
+{
+    return d->m_index.get_undo_operation();
+}
+
+std::string TVDatabase::get_redo_operation() const
+{
+    return d->m_index.get_redo_operation();
+}
+
+int TVDatabase::undo()
+{
+    if (!can_undo())
+        return TVErrC_ok;
+    try {
+        TV_PASS_ON(check_writable(true));
+        return rebuild_after(d->m_index.undo());
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::redo()
+{
+    if (!can_redo())
+        return TVErrC_ok;
+    try {
+        TV_PASS_ON(check_writable(true));
+        return rebuild_after(d->m_index.redo());
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// The status is logged; the replay that honours it is the whole of undo.
+int TVDatabase::rebuild_after(int index_result)
+{
+    TV_PASS_ON(index_result);
+    TV_PASS_ON(load_base());
+    mark_changed(TVLOCATION, true);
+    // Linked copies are told of the change by the sync layer.
+    return TVErrC_ok;
+}
+
+// ---- The schema and script layer: nothing here -----------------------------------------
+
+int TVDatabase::update_vars(int, bool)
+{
+    return TVErrC_ok;
+}
+
+int TVDatabase::apply_objectspec_to_db(TVDBObject*, int, bool)
+{
+    return TVErrC_ok;
+}
+
+int TVDatabase::apply_active_note(TVDBObject&)
+{
+    return TVErrC_ok;
+}
+
+int TVDatabase::run_trigger(TVDBObject&, const std::string&)
+{
+    return TVErrC_ok;
+}
+
+std::string TVDatabase::spec_child_member_tag(const TVDBObject&) const
+{
+    return std::string();
+}
+
+int TVDatabase::append_values(TVDBObject&, const TVDBObject&)
+{
+    return TVErrC_ok;
 }
 
 long TVDatabase::get_last_db_update() const

@@ -126,16 +126,96 @@ public:
     // Rebuilds every container from the parent ids, then containers_resolved.
     int resolve_containers();
 
-    // Takes object into the database (owned from here on). id -1 allocates
-    // one. With a parent, container_tag names the parent's container. A
-    // non-empty operation finishes the operation (complete_operation).
-    // Object specs and the schema's triggers are not applied yet.
+    // ---- Editing ------------------------------------------------------------
+    //
+    // Every change goes through these. A non-empty operation names the
+    // change and finishes it (complete_operation): that name is what undo
+    // and redo show. An empty one leaves the operation open, so several
+    // calls make one undo step when the caller completes it. A step that
+    // fails leaves what it had done in memory; nothing is rolled back.
+
+    // Takes object into the database (owned from here on, also on failure).
+    // id -1 allocates one; a given id is used as it is. With a parent,
+    // container_tag names the parent's container; an empty member_tag is
+    // the first child tag of the parent's spec. Managed children carried
+    // in the object come alive as objects of their own, with new ids.
     [[nodiscard]] int add_object(TVDBObject* object, TVDBObject* parent,
                                  const std::string& container_tag, const std::string& member_tag,
                                  int spec_id, const std::string& operation, int id = -1);
-    // Leaves a tombstone ('D') of the object and of its children, which a
-    // later full save drops after C_TombstoneDays; references to it end.
+    // Leaves a tombstone ('D') of the object and of its live children,
+    // which a later full save drops after C_TombstoneDays; references to
+    // the object end (remap_id to -1).
     [[nodiscard]] int delete_object(int id, const std::string& operation);
+    // Tombstones the object and its live subtree and hands the caller
+    // (owner) a copy carrying that subtree as managed children, ready for
+    // add_object elsewhere. copy is null on failure.
+    [[nodiscard]] int extract_object(int id, TVDBObject*& copy, bool resolve);
+    // object (owned from here on) takes the id, parent and file place of
+    // the object of that id, which is destroyed; its children stay under
+    // the id.
+    [[nodiscard]] int replace_object(int id, TVDBObject* object, const std::string& container_tag,
+                                     const std::string& member_tag, int spec_id,
+                                     const std::string& operation);
+    // A copy for the caller to own; null on failure.
+    [[nodiscard]] int clone_object(int id, TVDBObject*& copy) const;
+    // Takes in a copy of another database's object under its own id and
+    // creation stamps; a local object holding that id moves to a new one.
+    // ids at or above next_id stay free for the other database's objects.
+    [[nodiscard]] int clone_external_object(const TVDBObject& object, int next_id);
+    // Moves object under parent (null: to the top); the member tag stays.
+    [[nodiscard]] int reparent(TVDBObject* object, TVDBObject* parent,
+                               const std::string& container_tag);
+    // Renumbers object; its create id keeps the first id, and every
+    // reference follows.
+    [[nodiscard]] virtual int change_id(TVDBObject& object, int new_id);
+    // from takes to's values and references; to is deleted.
+    [[nodiscard]] virtual int merge_objects(int from, int to);
+
+    // An edit: edit_object locks the object for lock_id and keeps a copy;
+    // the caller changes the object; commit_object or revert_object ends
+    // it. created says the object was added for this edit, so reverting
+    // removes it. A second edit of a locked object is refused.
+    [[nodiscard]] int edit_object(int id, bool created, int lock_id);
+    [[nodiscard]] int commit_object(int id, const std::string& operation);
+    [[nodiscard]] int revert_object(int id);
+    // Some object (or the database) is being edited.
+    bool object_edited() const;
+
+    // ---- Undo and redo ------------------------------------------------------
+    //
+    // There is no undo stack: undo marks the last active transaction undone
+    // in the index and rebuilds the database from the base file, replaying
+    // the partial file without the undone transactions; redo does the same
+    // for the first undone one. A new operation after an undo clears
+    // nothing: the undone ones stay available, in their old places in the
+    // replay. A failed rebuild leaves the database unloaded, as a failed load.
+
+    bool can_undo() const;
+    bool can_redo() const;
+    // The operation texts the undo and redo actions show; empty when none.
+    std::string get_undo_operation() const;
+    std::string get_redo_operation() const;
+    [[nodiscard]] int undo();
+    [[nodiscard]] int redo();
+
+    // ---- The schema and script layer ----------------------------------------
+    //
+    // Editing calls these; they do nothing here.
+
+    // Recomputes the variables of an object (-1: of all).
+    [[nodiscard]] virtual int update_vars(int id, bool force);
+    [[nodiscard]] virtual int apply_objectspec_to_db(TVDBObject* object, int spec_id,
+                                                     bool add_create);
+    [[nodiscard]] virtual int apply_active_note(TVDBObject& object);
+    // Runs the object's trigger script of that name (C_CreateTrigger, ...).
+    [[nodiscard]] virtual int run_trigger(TVDBObject& object, const std::string& trigger);
+    // The member tag of the first child of the parent's spec; empty if none.
+    virtual std::string spec_child_member_tag(const TVDBObject& parent) const;
+    // Adds to's variable values to from's (merge_objects).
+    [[nodiscard]] virtual int append_values(TVDBObject& from, const TVDBObject& to);
+
+    static const char* const C_CreateTrigger; // "create"
+    static const char* const C_EditTrigger;   // "edit"
 
     // The highest update counter of this object and all objects.
     long get_last_db_update() const;
@@ -274,7 +354,10 @@ private:
     [[nodiscard]] int load_file(const std::string& file);
     [[nodiscard]] int check_writable(bool loaded) const;
     [[nodiscard]] int rotate_backups(const std::string& old_file);
-    [[nodiscard]] int extract_tree(int id);
+    [[nodiscard]] int rebuild_after(int index_result);
+    // Loaded and holding id (the database included); otherwise reports
+    // and returns null.
+    TVDBObject* find_for_edit(int id) const;
 
     std::unique_ptr<TVDatabaseImpl> d;
 };

@@ -141,6 +141,57 @@ int TVDBIndex::get_status(int id) const
     return transaction == nullptr ? TVDBTransaction::E_Active : transaction->get_status();
 }
 
+TVDBTransaction* TVDBIndex::find_status(int status, bool from_end) const
+{
+    for (int i = 0; i < size(); ++i) {
+        const int at = from_end ? size() - 1 - i : i;
+        if (m_transactions[static_cast<size_t>(at)]->get_status() == status)
+            return m_transactions[static_cast<size_t>(at)].get();
+    }
+    return nullptr;
+}
+
+bool TVDBIndex::can_undo() const
+{
+    return find_status(TVDBTransaction::E_Active, true) != nullptr;
+}
+
+bool TVDBIndex::can_redo() const
+{
+    return find_status(TVDBTransaction::E_Undone, false) != nullptr;
+}
+
+std::string TVDBIndex::get_undo_operation() const
+{
+    const TVDBTransaction* transaction = find_status(TVDBTransaction::E_Active, true);
+    return transaction == nullptr ? std::string() : transaction->get_operation();
+}
+
+std::string TVDBIndex::get_redo_operation() const
+{
+    const TVDBTransaction* transaction = find_status(TVDBTransaction::E_Undone, false);
+    return transaction == nullptr ? std::string() : transaction->get_operation();
+}
+
+int TVDBIndex::flip(int from, int to, bool from_end)
+{
+    TVDBTransaction* transaction = find_status(from, from_end);
+    if (transaction == nullptr)
+        return TVErrC_ok;
+    transaction->set_status(to);
+    return write_transaction(*transaction);
+}
+
+int TVDBIndex::undo()
+{
+    return flip(TVDBTransaction::E_Active, TVDBTransaction::E_Undone, true);
+}
+
+int TVDBIndex::redo()
+{
+    return flip(TVDBTransaction::E_Undone, TVDBTransaction::E_Active, false);
+}
+
 int TVDBIndex::append_record(const char* tag, const TVObject& record)
 {
     if (m_fileName.empty())

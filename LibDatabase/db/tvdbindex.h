@@ -69,12 +69,25 @@ public:
     // the log is left empty with no save recorded, so every block replays.
     [[nodiscard]] int load();
 
-    // Undo and redo (can_undo, undo, ...) come with the editing layer; they
-    // only flip a status and call write_transaction.
+    // Undo takes the last active transaction, redo the first undone one:
+    // a new operation after an undo leaves the undone ones in their old
+    // places, so redo brings them back in log order.
+    bool can_undo() const;
+    bool can_redo() const;
+    // The operation that undo / redo would act on; empty when none.
+    std::string get_undo_operation() const;
+    std::string get_redo_operation() const;
+    // Flip that transaction's status and log it again; TVErrC_ok and
+    // nothing done when there is none.
+    [[nodiscard]] int undo();
+    [[nodiscard]] int redo();
 
 private:
     [[nodiscard]] int append_record(const char* tag, const TVObject& record);
     [[nodiscard]] int read_records(const std::string& text);
+    // Last of that status searching from the end, else the first; null if none.
+    TVDBTransaction* find_status(int status, bool from_end) const;
+    [[nodiscard]] int flip(int from, int to, bool from_end);
 
     std::string m_fileName;
     std::vector<std::unique_ptr<TVDBTransaction>> m_transactions;
