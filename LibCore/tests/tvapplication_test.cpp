@@ -48,6 +48,7 @@ protected:
         setenv("XDG_DATA_HOME", home.filePath("data").toLocal8Bit().constData(), 1);
         TVError::release();
         get_tverror()->set_stream(nullptr, TVSevAll);
+        TVApplication::release(); // an earlier test may have made a plain one
         app.reset(new DrillApp(argc, argv, drill_identity()));
     }
 
