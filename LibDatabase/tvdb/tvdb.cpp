@@ -8,8 +8,11 @@
 #include <vector>
 
 #include "LibCore/error/tverrdetails.h"
+#include "LibDatabase/tvdb/tvdbcheckcommand.h"
 #include "LibDatabase/tvdb/tvdbcommand.h"
 #include "LibDatabase/tvdb/tvdbdatecommand.h"
+#include "LibDatabase/tvdb/tvdbdumpcommand.h"
+#include "LibDatabase/tvdb/tvdblogcommand.h"
 
 namespace {
 
@@ -17,6 +20,9 @@ std::vector<std::unique_ptr<TVDBCommand>> make_commands()
 {
     std::vector<std::unique_ptr<TVDBCommand>> commands;
     commands.push_back(std::make_unique<TVDBDateCommand>());
+    commands.push_back(std::make_unique<TVDBCheckCommand>());
+    commands.push_back(std::make_unique<TVDBDumpCommand>());
+    commands.push_back(std::make_unique<TVDBLogCommand>());
     return commands;
 }
 

@@ -1,0 +1,96 @@
+#include "LibDatabase/tvdb/tvdbfilecommand.h"
+
+#include "LibCore/application/tvapplication.h"
+#include "LibCore/error/tverrdetails.h"
+#include "LibCore/error/tverror.h"
+#include "LibDatabase/db/tvdatabase.h"
+
+#include <algorithm>
+#include <memory>
+#include <ostream>
+
+int TVDBFileCommand::run(const std::vector<std::string>& args, std::ostream& out,
+                         std::ostream& err)
+{
+    std::string app;
+    std::vector<std::string> words;
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg == "-h" || arg == "--help") {
+            usage(out);
+            return C_ExitOk;
+        }
+        if (arg == "--app") {
+            if (i + 1 >= args.size()) {
+                err << "tvdb " << name() << ": option '--app' needs a value\n";
+                return C_ExitUsage;
+            }
+            app = args[++i];
+        } else if (arg.size() > 1 && arg[0] == '-') {
+            err << "tvdb " << name() << ": unknown option '" << arg << "' (see tvdb " << name()
+                << " --help)\n";
+            return C_ExitUsage;
+        } else {
+            words.push_back(arg);
+        }
+    }
+    if (words.empty() || words.size() > 1 + max_extra_arguments()) {
+        err << "Usage: tvdb " << name() << " [--app NAME] FILE" << extra_arguments() << "\n";
+        return C_ExitUsage;
+    }
+
+    // The application object fixes the folders of the side files; it must
+    // exist before anything asks for the default one.
+    TVAppIdentity identity;
+    identity.m_application = app;
+    TVApplication application(0, nullptr, identity);
+    // Errors come back as values, to be printed here and nowhere else.
+    get_tverror()->set_stream(nullptr, TVSevAll);
+    get_tverror()->set_action(TVActContinue, TVSevError);
+    // Only what the engine said: no generic sentence for a bare warning.
+    get_tverror()->set_default_message("", TVAspectUser);
+
+    auto db = std::make_unique<TVDatabase>();
+    const int result = db->read(words[0], true, true);
+    if (istvwarn(result)) {
+        err << "tvdb " << name() << ": " << take_messages();
+        return C_ExitFailed;
+    }
+    // A damaged partial file doesn't stop the load, but the user should
+    // hear of it.
+    const std::string warnings = take_messages();
+    if (!warnings.empty())
+        err << "tvdb " << name() << ": " << warnings;
+    // Without a partial file the load leaves the log unread.
+    if (db->get_index().size() == 0) {
+        const int indexResult = db->get_index().load();
+        if (istvwarn(indexResult))
+            err << "tvdb " << name() << ": " << take_messages();
+    }
+    const std::vector<std::string> extra(words.begin() + 1, words.end());
+    return run_loaded(*db, extra, out, err);
+}
+
+std::string TVDBFileCommand::take_messages()
+{
+    // "what went wrong (where, on the way up)", then the user's sentence.
+    std::string text;
+    TVError* error = get_tverror();
+    for (size_t i = 0; i < error->error_count(); ++i) {
+        const TVErrDetails* details = error->error_at(i);
+        const std::string& system = details->get_details(TVAspectSystem);
+        const std::string& user = details->get_details(TVAspectUser);
+        const size_t firstEnd = system.find('\n');
+        text += system.substr(0, firstEnd);
+        if (firstEnd != std::string::npos) {
+            std::string trail = system.substr(firstEnd + 1);
+            std::replace(trail.begin(), trail.end(), '\n', ',');
+            text += " (" + trail + ")";
+        }
+        if (!user.empty() && system.find(user) == std::string::npos)
+            text += "\n  " + user;
+        text += "\n";
+    }
+    error->clear_all();
+    return text;
+}

@@ -1,0 +1,39 @@
+#ifndef TVDBFILECOMMAND_H
+#define TVDBFILECOMMAND_H
+
+// TVDBFileCommand: the common part of the commands that look into a
+// database file ("tvdb check|dump|log [--app NAME] FILE [...]").
+//
+// The file is opened read-only through the normal load, partial file and
+// transaction log included, so the tool sees what the program would. The
+// side files lie in the application's scratch and cache folders: --app
+// names the application whose folders those are (default: none, the
+// folders of a program without a name). Only the classes linked into tvdb
+// are known; a file holding any other fails to load as the program itself
+// would fail on it.
+//
+// A failed load ends the command with exit status 1 and the load's own
+// messages on err, which name the file.
+
+#include "LibDatabase/tvdb/tvdbcommand.h"
+
+class TVDatabase;
+
+class TVDBFileCommand : public TVDBCommand
+{
+public:
+    int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) final;
+
+protected:
+    // The words the command takes after FILE, for its usage line.
+    virtual const char* extra_arguments() const { return ""; }
+    virtual size_t max_extra_arguments() const { return 0; }
+    // Runs on the loaded database; extra holds the words after FILE.
+    virtual int run_loaded(TVDatabase& db, const std::vector<std::string>& extra,
+                           std::ostream& out, std::ostream& err) = 0;
+    // The texts of every pending error of the framework, newest first, one
+    // per line; clears them.
+    static std::string take_messages();
+};
+
+#endif // TVDBFILECOMMAND_H
