@@ -1,0 +1,118 @@
+#include "LibDatabase/db/tests/tvdbcrashscript.h"
+
+#include "LibCore/error/tverror.h"
+#include "LibDatabase/db/tests/tvdbtestnode.h"
+#include "LibDatabase/db/tvdatabase.h"
+
+#include <cstdlib>
+#include <iterator>
+
+namespace {
+
+const char* const C_StepPrefix = "step ";
+// A full save after every C_SaveEvery-th step, a snapshot after every
+// C_SnapshotEvery-th, so kills land inside them as well.
+const int C_SaveEvery = 7;
+const int C_SnapshotEvery = 23;
+// Deletes stop below this many live nodes, so there is always a target;
+// adds turn into deletes from the upper bound on, so that a long run
+// (make crash) keeps its file small.
+const size_t C_MinLive = 3;
+const size_t C_MaxLive = 40;
+
+enum class Kind { Add, Change, Delete };
+
+Kind kind_of(int step, size_t live)
+{
+    switch (step % 5) {
+    case 2:
+        return Kind::Change;
+    case 4:
+        return Kind::Delete;
+    default:
+        return live >= C_MaxLive ? Kind::Delete : Kind::Add;
+    }
+}
+
+TVDBTestNode* live_node(const TVDatabase& db, const std::string& name)
+{
+    for (int i = 0; i < db.get_nobjects(); ++i) {
+        auto* node = dynamic_cast<TVDBTestNode*>(db.get_object_by_index(i));
+        if (node != nullptr && !node->is_deleted() && node->m_name == name)
+            return node;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+int TVDBCrashScript::next_step(const TVDatabase& db)
+{
+    const std::string& comment = db.get_comment();
+    if (comment.compare(0, std::string(C_StepPrefix).size(), C_StepPrefix) != 0)
+        return 0;
+    return std::atoi(comment.c_str() + std::string(C_StepPrefix).size());
+}
+
+void TVDBCrashScript::model(int step, std::set<std::string>& names)
+{
+    const std::string tag = std::to_string(step);
+    switch (kind_of(step, names.size())) {
+    case Kind::Add:
+        names.insert("n" + tag);
+        break;
+    case Kind::Change:
+        // The first name in order becomes "c" + step.
+        if (!names.empty()) {
+            names.erase(names.begin());
+            names.insert("c" + tag);
+        }
+        break;
+    case Kind::Delete:
+        if (names.size() >= C_MinLive)
+            names.erase(std::prev(names.end()));
+        break;
+    }
+}
+
+int TVDBCrashScript::apply(TVDatabase& db, int step)
+{
+    const std::string tag = std::to_string(step);
+    std::set<std::string> live = names(db);
+    const std::string operation = "Step " + tag;
+    switch (kind_of(step, live.size())) {
+    case Kind::Add:
+        TV_PASS_ON(db.add_object(new TVDBTestNode("n" + tag), nullptr, "", "", -1, ""));
+        break;
+    case Kind::Change:
+        if (!live.empty()) {
+            TVDBTestNode* node = live_node(db, *live.begin());
+            node->m_name = "c" + tag;
+            node->mark_changed(TVLOCATION, true);
+        }
+        break;
+    case Kind::Delete:
+        if (live.size() >= C_MinLive)
+            TV_PASS_ON(db.delete_object(live_node(db, *live.rbegin())->get_id(), ""));
+        break;
+    }
+    // Undo and redo join the script here once the engine has them: an undo
+    // as a step of its own, and the model taking the step back.
+    db.set_comment(C_StepPrefix + std::to_string(step + 1));
+    TV_PASS_ON(db.complete_operation(operation));
+    if (step % C_SnapshotEvery == C_SnapshotEvery - 1)
+        return db.save_snapshot(false);
+    if (step % C_SaveEvery == C_SaveEvery - 1)
+        return db.save(true, false, false);
+    return TVErrC_ok;
+}
+
+std::set<std::string> TVDBCrashScript::names(const TVDatabase& db)
+{
+    std::set<std::string> found;
+    for (int i = 0; i < db.get_nobjects(); ++i)
+        if (const auto* node = dynamic_cast<const TVDBTestNode*>(db.get_object_by_index(i)))
+            if (!node->is_deleted())
+                found.insert(node->m_name);
+    return found;
+}
