@@ -6,7 +6,7 @@ RELEASE := build-release
 CMAKE_FLAGS := -G Ninja -DCMAKE_BUILD_TYPE=Debug -DTV_SANITIZE=ON
 JOBS    ?= $(shell nproc)
 
-.PHONY: all setup configure build check run bench fuzz clean
+.PHONY: all setup configure build check run bench fuzz clean crash
 
 all: build
 
@@ -65,6 +65,16 @@ fuzz: setup
 	  echo "or tvdate_fuzzer for the date- files; keep a fixed one in LibDate/date/fuzz/corpus):"; \
 	  ls -1 $(FUZZ)/artifacts/*; exit 1; \
 	fi
+
+# The crash test of the database with many more kills than make check
+# gives it (30): `make crash KILLS=5000`, SEED= for another seed.
+KILLS ?= 1000
+SEED  ?= 20240602
+
+crash: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target tvdatabase_crash_tests
+	@ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 TV_CRASH_KILLS=$(KILLS) TV_CRASH_SEED=$(SEED) \
+	  $(BUILD)/tests/tvdatabase_crash_tests
 
 clean:
 	rm -rf $(BUILD) $(RELEASE)
