@@ -3,43 +3,10 @@
 
 #include <gtest/gtest.h>
 
-#include <QProcess>
-#include <QProcessEnvironment>
-#include <QString>
-#include <QStringList>
-
 #include <string>
 #include <vector>
 
-namespace {
-
-struct TVDBRun
-{
-    int m_exitCode = -1;
-    std::string m_out;
-    std::string m_err;
-};
-
-TVDBRun run_tvdb(const std::vector<std::string>& args)
-{
-    QStringList arguments;
-    for (const std::string& arg : args)
-        arguments << QString::fromStdString(arg);
-    QProcess process;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("TZ", "UTC0");
-    process.setProcessEnvironment(environment);
-    process.start(QString::fromUtf8(TV_TVDB_PATH), arguments);
-    TVDBRun result;
-    if (!process.waitForFinished(30000) || process.exitStatus() != QProcess::NormalExit)
-        return result;
-    result.m_exitCode = process.exitCode();
-    result.m_out = process.readAllStandardOutput().toStdString();
-    result.m_err = process.readAllStandardError().toStdString();
-    return result;
-}
-
-} // namespace
+#include "LibDatabase/tvdb/tests/tvdbrun.h"
 
 TEST(TVDBDateTest, AnswersFromTheCalendar)
 {
