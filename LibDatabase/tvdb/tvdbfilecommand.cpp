@@ -3,11 +3,75 @@
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/error/tverrdetails.h"
 #include "LibCore/error/tverror.h"
+#include "AppTarvelloMaths/maths/mathsdb.h"
 #include "LibDatabase/db/tvdatabase.h"
+#include "LibObject/object/tvobjectindex.h"
 
 #include <algorithm>
 #include <memory>
 #include <ostream>
+
+namespace {
+
+// The programs whose files tvdb recognises by their application type, so
+// that their side files are found without --app. The names are those of
+// the program's own identity (AppMaths::identity()).
+struct KnownApplication
+{
+    const char* m_appType;
+    const char* m_application;
+    const char* m_company;
+};
+constexpr KnownApplication C_KnownApplications[] = {
+    {MathsDB::C_MathsDataType, "TarvelloMaths", "Tarvello"},
+};
+
+// What a file's first object says before anything is loaded: the class of
+// its database and its application type. Both empty when the file can't be
+// read or its record doesn't make a database; the load then says why.
+struct FileKind
+{
+    std::string m_className;
+    std::string m_appType;
+};
+
+FileKind peek_file(const std::string& file)
+{
+    FileKind kind;
+    const std::string record = TVDatabase::first_object(file);
+    TVObject* made = nullptr;
+    const int result = record.empty() ? TVErrC_ok : TVObject::object_from_string(record, made, 0);
+    const std::unique_ptr<TVObject> owned(made);
+    if (istvwarn(result)) {
+        get_tverror()->clear_all();
+        return kind;
+    }
+    if (const auto* db = dynamic_cast<const TVDatabase*>(owned.get())) {
+        kind.m_className = db->get_class_name();
+        kind.m_appType = db->get_app_type();
+    }
+    return kind;
+}
+
+// A new, empty database of the class named; a plain TVDatabase for a class
+// tvdb doesn't know as a database.
+std::unique_ptr<TVDatabase> make_database(const std::string& className)
+{
+    const TVObjectIndexEntry* entry = tvclassindex()->find_name(className);
+    TVObject* made = nullptr;
+    if (entry != nullptr && entry->get_create_fn() != nullptr &&
+        !istvwarn(entry->get_create_fn()(made, nullptr))) {
+        std::unique_ptr<TVObject> owned(made);
+        if (auto* db = dynamic_cast<TVDatabase*>(owned.get())) {
+            owned.release();
+            return std::unique_ptr<TVDatabase>(db);
+        }
+    }
+    get_tverror()->clear_all();
+    return std::make_unique<TVDatabase>();
+}
+
+} // namespace
 
 int TVDBFileCommand::run(const std::vector<std::string>& args, std::ostream& out,
                          std::ostream& err)
@@ -39,18 +103,27 @@ int TVDBFileCommand::run(const std::vector<std::string>& args, std::ostream& out
         return C_ExitUsage;
     }
 
-    // The application object fixes the folders of the side files; it must
-    // exist before anything asks for the default one.
-    TVAppIdentity identity;
-    identity.m_application = app;
-    TVApplication application(0, nullptr, identity);
     // Errors come back as values, to be printed here and nowhere else.
     get_tverror()->set_stream(nullptr, TVSevAll);
     get_tverror()->set_action(TVActContinue, TVSevError);
     // Only what the engine said: no generic sentence for a bare warning.
     get_tverror()->set_default_message("", TVAspectUser);
 
-    auto db = std::make_unique<TVDatabase>();
+    // The application object fixes the folders of the side files; it must
+    // exist before anything asks for the default one, so the file is
+    // looked at first without it.
+    const FileKind kind = peek_file(words[0]);
+    TVAppIdentity identity;
+    identity.m_application = app;
+    for (const KnownApplication& known : C_KnownApplications) {
+        if (app.empty() && kind.m_appType == known.m_appType) {
+            identity.m_application = known.m_application;
+            identity.m_company = known.m_company;
+        }
+    }
+    TVApplication application(0, nullptr, identity);
+
+    auto db = make_database(kind.m_className);
     const int result = db->read(words[0], true, true);
     if (istvwarn(result)) {
         err << "tvdb " << name() << ": " << take_messages();

@@ -108,7 +108,7 @@ TEST_F(TVDBFileCommandTest, FilesThatDontLoadFailWithTheirName)
     const Row rows[] = {
         {"no file", nullptr, "does not exist"},
         {"not a database", "hello\n", "not a database"},
-        {"unknown class", "TVDatabase:7685\n!Version!0\n@O:\n{MathsDB\n!UnID!1\n}\n", ""},
+        {"unknown class", "TVDatabase:7685\n!Version!0\n@O:\n{DrillDB\n!UnID!1\n}\n", ""},
         {"newer file version", "TVDatabase:7685\n!Version!1\n", "version 1"},
     };
     for (const Row& row : rows) {
