@@ -187,6 +187,9 @@ struct TVDatabase::TVDatabaseImpl {
     int m_databaseFileVersion = C_LatestFileVersion;
     TVDBIndex m_index;
     long m_partialGoodBytes = 0;
+    // One past the highest transaction tag among the blocks the last
+    // partial read applied whole (skipped ones included).
+    int m_partialNextTag = 0;
     // The partial file holds operations that the main file lacks.
     bool m_partialAhead = false;
 
@@ -974,6 +977,7 @@ int TVDatabase::read(std::istream& in, bool partial, bool skip_saved)
     int failed = TVErrC_ok;
     bool thrown = false;
     d->m_partialGoodBytes = static_cast<long>(headerBytes);
+    d->m_partialNextTag = 0;
     for (const Block& block : blocks) {
         try {
             failed = read_block(rest.substr(block.begin, block.end - block.begin), partial,
@@ -1024,6 +1028,7 @@ int TVDatabase::read_block(const std::string& text, bool partial, bool skip_save
     std::string blockDb;
     bool localSkip = skip;
     int localMax = max_id;
+    int nextTag = d->m_partialNextTag;
     const int lastSave = d->m_index.get_last_save();
     for (int i = 0; i < entries.get_nserentries(); ++i) {
         const TVSerialisationEntry& entry = *entries.get_serentry(i);
@@ -1038,6 +1043,7 @@ int TVDatabase::read_block(const std::string& text, bool partial, bool skip_save
                 d->m_databaseFileVersion = version;
             } else if (entry.get_tag() == C_DlmtTransaction && partial) {
                 const int id = TVDBTransaction::read_transaction_tag(entry.get_value());
+                nextTag = std::max(nextTag, id + 1);
                 localSkip = d->m_index.get_status(id) != TVDBTransaction::E_Active ||
                             (skip_saved && id < lastSave);
             }
@@ -1078,6 +1084,7 @@ int TVDatabase::read_block(const std::string& text, bool partial, bool skip_save
     }
     skip = localSkip;
     max_id = localMax;
+    d->m_partialNextTag = nextTag;
     if (!blockDb.empty())
         db_text = blockDb;
     return TVErrC_ok;
@@ -1230,6 +1237,10 @@ int TVDatabase::load_partial(bool skip_saved)
         } catch (const TVErrDetails&) {
             result = tverrorvalue();
         }
+        // New transactions go after every tag in the file, even when the
+        // log lost records: a shared tag would tie a new operation's undo
+        // to an old block.
+        d->m_index.reserve(d->m_partialNextTag);
         mark_changed(TVLOCATION, true);
         d->m_partialAhead = true;
         if (result == TVErrC_okDelete)
@@ -1308,6 +1319,11 @@ int TVDatabase::clean_intermediate(bool keep_partial, bool remove)
             TV_PASS_ON(tv_delete_file(d->m_partialFile, false));
             d->m_firstPartialWrite = true;
         }
+        // The log says which blocks of the partial file are undone and
+        // which the main file holds: it goes with the partial file, or an
+        // undone block would replay and new ids would reuse old tags.
+        if (keep_partial && tv_file_exists(d->m_partialFile))
+            return TVErrC_ok;
         if (!d->m_baseFile.empty()) {
             TV_PASS_ON(tv_delete_file(d->m_baseFile, false));
             d->m_baseFile.clear();

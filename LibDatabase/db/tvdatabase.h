@@ -290,6 +290,9 @@ public:
     // Rebuilds the database from the base file and the partial file.
     [[nodiscard]] int load_base();
     bool has_partial(const std::string& file) const;
+    // Without remove it only reports leftovers. With remove it deletes
+    // ".new", ".old" and, unless keep_partial, the partial file; the index
+    // and base go too, except while a kept partial file needs them.
     [[nodiscard]] int clean_intermediate(bool keep_partial, bool remove);
     // The text of the first object of a file; empty if it can't be read or
     // is no database file.

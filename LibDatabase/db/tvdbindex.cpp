@@ -106,6 +106,12 @@ const TVDBTransaction* TVDBIndex::get_transaction(int id) const
     return id >= 0 && id < size() ? m_transactions[static_cast<size_t>(id)].get() : nullptr;
 }
 
+void TVDBIndex::reserve(int next)
+{
+    while (size() < next)
+        m_transactions.push_back(std::make_unique<TVDBTransaction>(size(), ""));
+}
+
 int TVDBIndex::add_transaction(const std::string& operation, std::string& tag, int version)
 {
     try {
@@ -145,8 +151,9 @@ TVDBTransaction* TVDBIndex::find_status(int status, bool from_end) const
 {
     for (int i = 0; i < size(); ++i) {
         const int at = from_end ? size() - 1 - i : i;
-        if (m_transactions[static_cast<size_t>(at)]->get_status() == status)
-            return m_transactions[static_cast<size_t>(at)].get();
+        TVDBTransaction* transaction = m_transactions[static_cast<size_t>(at)].get();
+        if (transaction->get_status() == status && !transaction->get_operation().empty())
+            return transaction;
     }
     return nullptr;
 }

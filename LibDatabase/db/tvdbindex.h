@@ -49,6 +49,10 @@ public:
     // Null for an id out of range.
     const TVDBTransaction* get_transaction(int id) const;
 
+    // Ids below next are taken: the partial file holds blocks under them,
+    // whether or not their records survived in the log. Missing ones stand
+    // as placeholders, so a new transaction never shares a block's tag.
+    void reserve(int next);
     // Appends a new active transaction, logs it, and gives its tag.
     [[nodiscard]] int add_transaction(const std::string& operation, std::string& tag, int version);
     // Appends one "@T:" record; nothing without a file name.
@@ -71,7 +75,9 @@ public:
 
     // Undo takes the last active transaction, redo the first undone one:
     // a new operation after an undo leaves the undone ones in their old
-    // places, so redo brings them back in log order.
+    // places, so redo brings them back in log order. A placeholder (a
+    // transaction whose record is lost, without an operation) is passed
+    // over: nobody could say what undoing it would undo.
     bool can_undo() const;
     bool can_redo() const;
     // The operation that undo / redo would act on; empty when none.

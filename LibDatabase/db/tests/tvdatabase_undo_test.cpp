@@ -4,6 +4,8 @@
 
 #include "LibDatabase/db/tests/tvdbfiletest.h"
 
+#include "LibCore/fileutils/tvfileutils.h"
+
 #include <algorithm>
 #include <functional>
 #include <iostream>
@@ -168,6 +170,42 @@ TEST_F(DatabaseUndoTest, ASecondEditIsRefusedAndRevertRestoresTheObject)
     EXPECT_FALSE(db->needs_save());
     EXPECT_TRUE(istvwarn(db->commit_object(1, "Again")));
     EXPECT_NE(take_messages().find("The object 1 was not locked."), std::string::npos);
+}
+
+// A restart keeps the partial file; its log must come along, or the blocks
+// lose their meaning.
+TEST_F(DatabaseUndoTest, ReopenKeepingThePartialFileKeepsUndoneBlocksOut)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+    ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+    ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+    db = reopen();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"a"}));
+    ASSERT_EQ(add(*db, "c"), TVErrC_ok);
+    ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"a"}));
+    ASSERT_EQ(db->redo(), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
+}
+
+TEST_F(DatabaseUndoTest, NewTransactionsTakeNoTagOfTheBlocksALostLogLeft)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+    ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+    const std::string index = db->get_index_filename();
+    db.reset();
+    // The cache folder was emptied: every block replays, none can be undone.
+    ASSERT_EQ(tv_delete_file(index, false), TVErrC_ok);
+    db = reopen();
+    EXPECT_FALSE(db->can_undo());
+    ASSERT_EQ(add(*db, "c"), TVErrC_ok);
+    ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
+    db = reload_keeping_log();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
+    EXPECT_EQ(db->get_redo_operation(), "Add c");
 }
 
 // ---- The random run against a model -----------------------------------------------------
