@@ -1145,6 +1145,12 @@ int TVDatabase::load(const std::string& file, bool read_only, bool create_file,
         }
         if (!no_clean && !read_only)
             TV_PASS_ON(clean_intermediate(keep_partial, remove_intermediate));
+        // A log that survived the clean starts from the base of the session
+        // that wrote it, not from the main file, which may have been saved
+        // since: undo replays onto that base.
+        const std::string base = get_cache_name(file, true) + C_BaseExt;
+        if (has_partial("") && tv_file_exists(base))
+            d->m_baseFile = base;
         TV_PASS_ON(load_file(file));
         if (!appType.empty() && appType != d->m_appType) {
             const std::string found = d->m_appType;
@@ -1324,10 +1330,10 @@ int TVDatabase::clean_intermediate(bool keep_partial, bool remove)
         // undone block would replay and new ids would reuse old tags.
         if (keep_partial && tv_file_exists(d->m_partialFile))
             return TVErrC_ok;
-        if (!d->m_baseFile.empty()) {
-            TV_PASS_ON(tv_delete_file(d->m_baseFile, false));
-            d->m_baseFile.clear();
-        }
+        // By its name, named or not: a base left behind would be taken for
+        // the start of the next session's log.
+        TV_PASS_ON(tv_delete_file(get_cache_name(file, true) + C_BaseExt, false));
+        d->m_baseFile.clear();
         TV_PASS_ON(tv_delete_file(d->m_indexFile, false));
         d->m_index.reset();
         return TVErrC_ok;

@@ -208,6 +208,27 @@ TEST_F(DatabaseUndoTest, NewTransactionsTakeNoTagOfTheBlocksALostLogLeft)
     EXPECT_EQ(db->get_redo_operation(), "Add c");
 }
 
+TEST_F(DatabaseUndoTest, UndoAfterAReloadReachesOperationsFromBeforeAnEarlierSave)
+{
+    for (bool clean : {false, true}) {
+        SCOPED_TRACE(clean ? "reopened, side files cleared" : "reloaded keeping the log");
+        use_folder(clean ? "clean" : "kept");
+        std::unique_ptr<TVDatabase> db = reopen();
+        ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+        ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+        ASSERT_EQ(db->save(true, true, false), TVErrC_ok) << take_messages();
+        ASSERT_EQ(add(*db, "c"), TVErrC_ok);
+        db = clean ? reopen() : reload_keeping_log();
+        // A second session's save must not move the start of the log.
+        ASSERT_EQ(db->save(true, true, false), TVErrC_ok) << take_messages();
+        ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+        ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+        EXPECT_EQ(names(*db), (std::set<std::string>{"a"}));
+        ASSERT_EQ(db->redo(), TVErrC_ok) << take_messages();
+        EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
+    }
+}
+
 // ---- The random run against a model -----------------------------------------------------
 //
 // The model holds what the replay means: a base state, the blocks of the
