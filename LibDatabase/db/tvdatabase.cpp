@@ -1249,10 +1249,17 @@ int TVDatabase::load_partial(bool skip_saved)
         d->m_index.reserve(d->m_partialNextTag);
         mark_changed(TVLOCATION, true);
         d->m_partialAhead = true;
+        // A read-only load (a check of the files) leaves every file as it
+        // found it: the repairs below are for the load that writes next.
         if (result == TVErrC_okDelete)
-            return tv_delete_file(partial, false);
+            return d->m_readOnly ? TVErrC_ok : tv_delete_file(partial, false);
         if (!istvwarn(result))
             return TVErrC_ok;
+        if (d->m_readOnly)
+            return tvwarning(TVErrC_CorruptPartial, TVLOCATION,
+                             "The session file %s is damaged: the changes after its last whole "
+                             "operation are not shown.",
+                             partial.c_str());
         // Keep the damaged file as it was, and cut the live one back to its
         // last whole block so the next append follows good data.
         const std::string damaged = partial + C_DamagedExt;

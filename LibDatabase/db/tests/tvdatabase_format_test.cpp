@@ -5,7 +5,9 @@
 
 #include "LibCore/fileutils/tvfileutils.h"
 
+#include <filesystem>
 #include <functional>
+#include <map>
 #include <sstream>
 
 namespace {
@@ -26,6 +28,17 @@ protected:
     {
         const size_t at = text.find('\n', text.find("\n" + after) + 1);
         return text.substr(0, at + 1) + line + "\n" + text.substr(at + 1);
+    }
+
+    // Every file below the temporary folder, by path, with its bytes.
+    std::map<std::string, std::string> every_file() const
+    {
+        std::map<std::string, std::string> files;
+        for (const auto& entry :
+             std::filesystem::recursive_directory_iterator(m_dir.path().toStdString()))
+            if (entry.is_regular_file())
+                files[entry.path().string()] = slurp(entry.path().string());
+        return files;
     }
 };
 
@@ -156,6 +169,22 @@ TEST_F(DatabaseFormatTest, DamagedFilesAreReportedAndTheMainFileIsLeftAsItWas)
         c.harm(m_file, partial, index);
         const std::string mainBefore = slurp(m_file);
         const std::string partialBefore = slurp(partial);
+        {
+            // A read-only look (tvdb check) sees the same and repairs nothing.
+            const std::map<std::string, std::string> filesBefore = every_file();
+            TVDatabase look;
+            look.set_app_type(C_AppType);
+            const int result = look.read(m_file, true, true);
+            const std::string messages = take_messages();
+            EXPECT_EQ(every_file(), filesBefore);
+            EXPECT_EQ(istvwarn(result), !c.loads) << messages;
+            const std::string& named =
+                !c.loads ? m_file : c.survive.size() < 3 ? partial : index;
+            EXPECT_NE(messages.find(named), std::string::npos) << messages;
+            if (c.loads) {
+                EXPECT_EQ(names(look), c.survive);
+            }
+        }
 
         TVDatabase db;
         db.set_app_type(C_AppType);
