@@ -789,6 +789,11 @@ bool TVDatabase::needs_save() const
     return db_has_changed_since(d->m_lastPartialWrite);
 }
 
+bool TVDatabase::changed_since_full_write() const
+{
+    return db_has_changed_since(d->m_lastFullWrite);
+}
+
 // ---- Identity ------------------------------------------------------------------------
 
 void TVDatabase::set_app_type(const std::string& type)
@@ -1170,6 +1175,10 @@ int TVDatabase::load(const std::string& file, bool read_only, bool create_file,
         }
         TV_PASS_ON(upgrade_appfileversion());
         TV_PASS_ON(initialise(true));
+        // Setting up marks the database changed; only a replay puts the
+        // main file behind.
+        if (!d->m_partialAhead)
+            d->m_lastFullWrite = get_counter(true);
         if (!existed)
             TV_PASS_ON(save(true, true, false));
         return TVErrC_ok;

@@ -224,6 +224,10 @@ public:
     void set_last_structure_change(long counter);
     // Anything changed since the last partial write.
     bool needs_save() const;
+    // Anything changed since the main file was last written whole (or
+    // loaded without a replay): the main file is behind, though every
+    // finished operation may be safe in the partial file.
+    bool changed_since_full_write() const;
 
     // ---- Identity of the file -----------------------------------------------
 

@@ -13,8 +13,6 @@
 
 TVDBManager::TVDBManager(TVDatabase& db) : m_db(db)
 {
-    if (m_db.is_loaded() && !m_db.needs_save())
-        note_full_write();
 }
 
 TVDBManager::~TVDBManager() = default;
@@ -36,28 +34,15 @@ int TVDBManager::do_autosave(bool closing)
     try {
         if (!m_db.is_loaded() || !m_db.get_autosave() || m_db.is_read_only())
             return TVErrC_ok;
-        // complete_operation leaves the database "saved" as far as
-        // needs_save can tell, though only the partial file holds the work;
-        // the main file is caught up by the counter of the last full write.
-        // Without one known, the work done before the first autosave waits
-        // for the next change (it is safe in the partial file meanwhile).
-        if (m_fullWrite < 0 && !m_db.needs_save()) {
-            note_full_write();
-            return TVErrC_ok;
-        }
-        if (!m_db.needs_save() && !m_db.db_has_changed_since(m_fullWrite))
+        // Not needs_save: complete_operation answers that, while the main
+        // file still lacks what only the partial file holds.
+        if (!m_db.changed_since_full_write())
             return TVErrC_ok;
         TV_PASS_ON(m_db.save(!closing, false, closing));
-        note_full_write();
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
-}
-
-void TVDBManager::note_full_write()
-{
-    m_fullWrite = m_db.get_last_db_update();
 }
 
 int TVDBManager::get_default_filename(std::string& out, const std::string& name)
@@ -133,7 +118,7 @@ void TVDBManager::dump(std::ostream& out, int indent) const
 {
     const std::string pad(static_cast<size_t>(indent), ' ');
     out << pad << "TVDBManager of \"" << m_db.get_filename() << "\"" << (m_paused ? " paused" : "")
-        << " full write at " << m_fullWrite << "\n";
+        << (m_db.changed_since_full_write() ? " behind" : "") << "\n";
 }
 
 std::ostream& operator<<(std::ostream& out, const TVDBManager& manager)

@@ -22,7 +22,6 @@ public:
     // Characters that end a word for completion.
     static constexpr const char* C_CompSeparator = ",.-;:/";
 
-    // A database already loaded, with nothing unsaved, counts as written.
     explicit TVDBManager(TVDatabase& db);
     TVDBManager(const TVDBManager&) = delete;
     TVDBManager& operator=(const TVDBManager&) = delete;
@@ -33,14 +32,10 @@ public:
     void read_settings();
 
     // Writes the main file if the database is loaded, autosave is on and
-    // something changed since the last full write this manager knows of.
-    // While running the save is stamped and pushed; when closing it is
+    // it changed since its main file was last written whole, whoever wrote
+    // it. While running the save is stamped and pushed; when closing it is
     // verified instead.
     [[nodiscard]] int do_autosave(bool closing);
-    // The owner tells the manager that the main file is whole as of now
-    // (after a load or a save of its own), so the next autosave writes only
-    // if something changes from here.
-    void note_full_write();
 
     // Only stored: the periodic update reads it.
     void pause_periodic_update(bool pause) { m_paused = pause; }
@@ -72,9 +67,6 @@ public:
 private:
     TVDatabase& m_db;
     bool m_paused = false;
-    // The database's update counter when the main file was last known whole;
-    // -1 until known (see do_autosave).
-    long m_fullWrite = -1;
 };
 
 std::ostream& operator<<(std::ostream& out, const TVDBManager& manager);

@@ -53,6 +53,38 @@ TEST_F(DBManagerTest, AutosaveCatchesTheMainFileUpWithCompletedOperations)
     EXPECT_TRUE(tv_file_exists(TVDatabase::get_scratch_name(m_file) + TVDatabase::C_LastKnownGood));
 }
 
+TEST_F(DBManagerTest, AutosaveCatchesUpWhateverTheManagerDidNotSee)
+{
+    {
+        std::unique_ptr<TVDatabase> db = reopen();
+        ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+    } // dropped as by a crash: "a" is only in the partial file
+    std::unique_ptr<TVDatabase> db = reopen();
+    {
+        TVDBManager manager(*db);
+        ASSERT_EQ(manager.do_autosave(false), TVErrC_ok);
+        EXPECT_EQ(main_file_names(), std::set<std::string>{"a"});
+    }
+    // Work completed before a manager existed.
+    ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+    TVDBManager late(*db);
+    ASSERT_EQ(late.do_autosave(false), TVErrC_ok);
+    EXPECT_EQ(main_file_names(), (std::set<std::string>{"a", "b"}));
+
+    // An undo puts the main file behind as well.
+    ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+    ASSERT_EQ(late.do_autosave(false), TVErrC_ok);
+    EXPECT_EQ(main_file_names(), std::set<std::string>{"a"});
+
+    // A load with nothing to replay leaves the main file alone.
+    ASSERT_EQ(db->unload(), TVErrC_ok) << take_messages();
+    db = reopen();
+    const std::string before = slurp(m_file);
+    m_clock.advance(60);
+    ASSERT_EQ(TVDBManager(*db).do_autosave(false), TVErrC_ok);
+    EXPECT_EQ(slurp(m_file), before);
+}
+
 TEST_F(DBManagerTest, AutosaveOfAnUnsavedChangeAndOfNothingLoaded)
 {
     TVDatabase unloaded;
