@@ -725,6 +725,10 @@ int TVDatabase::rebuild_after(int index_result)
     TV_PASS_ON(index_result);
     TV_PASS_ON(load_base());
     mark_changed(TVLOCATION, true);
+    // The rebuilt state is what the files say: nothing is left for the
+    // partial file, or the next block would carry the rebuild's values
+    // under a transaction that didn't make them.
+    d->m_lastPartialWrite = get_counter(true);
     // Linked copies are told of the change by the sync layer.
     return TVErrC_ok;
 }

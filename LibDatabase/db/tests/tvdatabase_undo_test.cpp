@@ -229,6 +229,20 @@ TEST_F(DatabaseUndoTest, UndoAfterAReloadReachesOperationsFromBeforeAnEarlierSav
     }
 }
 
+TEST_F(DatabaseUndoTest, RedoneOperationOutlastsAReload)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    for (const char* comment : {"one", "two"}) {
+        db->set_comment(comment);
+        ASSERT_EQ(db->complete_operation(comment), TVErrC_ok) << take_messages();
+    }
+    ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+    ASSERT_EQ(db->redo(), TVErrC_ok) << take_messages();
+    EXPECT_FALSE(db->needs_save());
+    db = reload_keeping_log();
+    EXPECT_EQ(db->get_comment(), "two");
+}
+
 // ---- The random run against a model -----------------------------------------------------
 //
 // The model holds what the replay means: a base state, the blocks of the
@@ -321,7 +335,9 @@ struct Model {
             if (block.transaction < 0 || !undone[static_cast<size_t>(block.transaction)])
                 for (const auto& [id, rec] : block.recs)
                     live[id] = rec;
-        dbDirty = true;
+        // The rebuilt state is what the files hold: an operation with no
+        // change after it writes nothing.
+        dbDirty = false;
     }
     void save()
     {
