@@ -1183,6 +1183,11 @@ int TVDatabase::load(const std::string& file, bool read_only, bool create_file,
         // main file behind.
         if (!d->m_partialAhead)
             d->m_lastFullWrite = get_counter(true);
+        // What was loaded is what the files hold: nothing of it is due to
+        // the partial file. Otherwise the first write (the one before an
+        // undo or redo replays) appends the database record as loaded to
+        // the last block, and a redo of that block brings the old values.
+        d->m_lastPartialWrite = get_counter(true);
         if (!existed)
             TV_PASS_ON(save(true, true, false));
         return TVErrC_ok;

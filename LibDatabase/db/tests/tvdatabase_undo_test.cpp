@@ -243,6 +243,22 @@ TEST_F(DatabaseUndoTest, RedoneOperationOutlastsAReload)
     EXPECT_EQ(db->get_comment(), "two");
 }
 
+TEST_F(DatabaseUndoTest, RedoAfterAReloadPutsBackTheUndoneValues)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    for (const char* comment : {"one", "two"}) {
+        db->set_comment(comment);
+        ASSERT_EQ(db->complete_operation(comment), TVErrC_ok) << take_messages();
+    }
+    ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+    db = reload_keeping_log();
+    EXPECT_FALSE(db->needs_save());
+    ASSERT_EQ(db->redo(), TVErrC_ok) << take_messages();
+    EXPECT_EQ(db->get_comment(), "two");
+    db = reload_keeping_log();
+    EXPECT_EQ(db->get_comment(), "two");
+}
+
 // ---- The random run against a model -----------------------------------------------------
 //
 // The model holds what the replay means: a base state, the blocks of the
@@ -348,11 +364,12 @@ struct Model {
         pending.clear();
         dbDirty = false;
     }
-    // A clean close and a new session: the history starts empty.
+    // A clean close and a new session: the history starts empty, and
+    // nothing loaded is due to the partial file.
     void reload()
     {
         save();
-        *this = Model{live, live, {}, {}, {}, {}, true, false};
+        *this = Model{live, live, {}, {}, {}, {}, false, false};
     }
     std::string operation(bool status, bool from_end) const
     {
