@@ -76,6 +76,10 @@ TEST_F(DatabaseCrashTest, KilledAtRandomLosesNothingThatReturned)
             ASSERT_NE(word, "fail") << out.rdbuf();
             ASSERT_TRUE(out >> number);
             if (word == "start") {
+                // One ahead when the child redid the step a kill cut between
+                // its undo and redo, which the last check found absent.
+                if (number == step + 1)
+                    TVDBCrashScript::model(step++, model);
                 ASSERT_EQ(number, step);
                 continue;
             }

@@ -1,8 +1,9 @@
 // The child of the crash test: "tvdbcrashchild FILE" loads FILE (the
-// application folders come from the environment), prints "start N" with
-// the step it resumes at, then runs the script, printing "done N" once
-// step N returned, until it is killed or has done C_MaxSteps. A failure
-// prints "fail" and the messages, and exits 3.
+// application folders come from the environment), finishes a step that a
+// kill cut between its undo and redo, prints "start N" with the step it
+// resumes at, then runs the script, printing "done N" once step N
+// returned, until it is killed or has done C_MaxSteps. A failure prints
+// "fail" and the messages, and exits 3.
 
 #include "LibCore/error/tverrdetails.h"
 #include "LibCore/error/tverror.h"
@@ -39,6 +40,8 @@ int main(int argc, char** argv)
         db.set_app_type("TestApp");
         if (db.load(argv[1], true, std::string(), true, true, true) != TVErrC_ok)
             return fail("load");
+        if (TVDBCrashScript::resume(db) != TVErrC_ok)
+            return fail("resume");
         const int first = TVDBCrashScript::next_step(db);
         std::printf("start %d\n", first);
         std::fflush(stdout);

@@ -14,6 +14,10 @@ const char* const C_StepPrefix = "step ";
 // C_SnapshotEvery-th, so kills land inside them as well.
 const int C_SaveEvery = 7;
 const int C_SnapshotEvery = 23;
+// Every C_UndoEvery-th step is taken back and put again. Prime to the
+// cycle of five that picks each step's kind, so adds, changes and deletes
+// all get undone.
+const int C_UndoEvery = 6;
 // Deletes stop below this many live nodes, so there is always a target;
 // adds turn into deletes from the upper bound on, so that a long run
 // (make crash) keeps its file small.
@@ -96,14 +100,27 @@ int TVDBCrashScript::apply(TVDatabase& db, int step)
             TV_PASS_ON(db.delete_object(live_node(db, *live.rbegin())->get_id(), ""));
         break;
     }
-    // Undo and redo join the script here once the engine has them: an undo
-    // as a step of its own, and the model taking the step back.
     db.set_comment(C_StepPrefix + std::to_string(step + 1));
     TV_PASS_ON(db.complete_operation(operation));
+    if (step % C_UndoEvery == C_UndoEvery - 1) {
+        // The step is undone and redone, so kills land in the rebuild from
+        // the base and the replay. Undo and redo go as a pair: an undo alone
+        // would take the step counter back with the step, and a kill between
+        // the two leaves the step absent, which resume finishes.
+        TV_PASS_ON(db.undo());
+        TV_PASS_ON(db.redo());
+    }
     if (step % C_SnapshotEvery == C_SnapshotEvery - 1)
         return db.save_snapshot(false);
     if (step % C_SaveEvery == C_SaveEvery - 1)
         return db.save(true, false, false);
+    return TVErrC_ok;
+}
+
+int TVDBCrashScript::resume(TVDatabase& db)
+{
+    while (db.can_redo())
+        TV_PASS_ON(db.redo());
     return TVErrC_ok;
 }
 
