@@ -8,6 +8,7 @@
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvsrlvaluevector.h"
 #include "LibObject/object/tvtrail.h"
+#include "LibCore/log/tvdump.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -88,7 +89,7 @@ void Exercise::set_defaults(bool constructing)
 
 void Exercise::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "Exercise: \"" << d->m_name << "\" type " << d->m_type << ", range "
         << d->m_minimum << " to " << d->m_maximum << ", values (" << get_values() << "), number "
         << d->m_number << ", sequencing " << d->m_sequence << ", time limit " << d->m_timeLimit

@@ -5,6 +5,7 @@
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvtrail.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 
@@ -61,7 +62,7 @@ void Go::set_defaults(bool constructing)
 
 void Go::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "Go: exercise " << d->m_exercise << ", time " << d->m_time
         << (d->m_complete ? ", complete" : "") << (d->m_active ? ", active" : "") << ", "
         << d->m_questions.size() << " questions\n";

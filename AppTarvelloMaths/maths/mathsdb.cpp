@@ -7,6 +7,7 @@
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvaluevector.h"
 #include "LibObject/object/tvtrail.h"
+#include "LibCore/log/tvdump.h"
 
 #include <algorithm>
 #include <ostream>
@@ -100,7 +101,7 @@ void MathsDB::set_defaults(bool constructing)
 
 void MathsDB::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "MathsDB: " << m_exercises.size() << " exercises, " << m_gos.size()
         << " runs, " << m_sessions.size() << " sessions, " << m_incorrect.size()
         << " incorrect\n";

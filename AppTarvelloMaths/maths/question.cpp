@@ -1,6 +1,7 @@
 #include "AppTarvelloMaths/maths/question.h"
 
 #include "LibCore/textstr/tvtextstr.h"
+#include "LibCore/log/tvdump.h"
 
 #include <cfloat>
 #include <cmath>
@@ -51,7 +52,7 @@ void Question::set_defaults(bool constructing)
 
 void Question::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "Question: \"" << d->m_text << "\" solution " << d->m_solution << ", answer "
         << d->m_answer << (d->m_complete ? ", complete" : "") << (d->m_correct ? ", correct" : "")
         << ", " << d->m_wrongCount << " wrong\n";

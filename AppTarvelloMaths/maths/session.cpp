@@ -4,6 +4,7 @@
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvsrlvaluevector.h"
 #include "LibObject/object/tvtrail.h"
+#include "LibCore/log/tvdump.h"
 
 #include <algorithm>
 #include <ostream>
@@ -60,7 +61,7 @@ void Session::set_defaults(bool constructing)
 
 void Session::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "Session: start " << d->m_start << (d->m_complete ? ", complete" : "")
         << ", runs";
     for (int id : d->m_go)

@@ -10,6 +10,7 @@
 #include "LibCore/error/tverror.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibCore/textstr/tvtextstr.h"
+#include "LibCore/log/tvdump.h"
 
 namespace {
 
@@ -181,7 +182,7 @@ const TVFile* TVDirectory::get_file_by_pathname(const std::string& pathName) con
 
 void TVDirectory::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVDirectory\n";
     TVFile::dump(out, indent + 1);
     out << pad << "    filter = " << d->m_filter << "\n";

@@ -10,6 +10,7 @@
 #include "LibCore/fileutils/tvfilefaults.h"
 #include "LibCore/fileutils/tvfiletimes_p.h"
 #include "LibCore/fileutils/tvfileutils.h"
+#include "LibCore/log/tvdump.h"
 
 namespace {
 
@@ -187,7 +188,7 @@ std::int64_t TVFile::get_size() const
 
 void TVFile::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVFile\n";
     out << pad << "    path = " << d->m_pathName << "\n";
     out << pad << "    created = " << d->m_created.to_string(C_DumpTimeFormat) << "\n";

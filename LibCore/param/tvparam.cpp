@@ -14,6 +14,7 @@
 #include "LibCore/param/tvparamerrhandler.h"
 #include "LibCore/param/tvparamfile.h"
 #include "LibCore/param/tvparamset.h"
+#include "LibCore/log/tvdump.h"
 
 int TVParam::TVErrC_ParamAmbiguous = tv_builtin_code("TVParam::TVErrC_ParamAmbiguous");
 int TVParam::TVErrC_ParamInvalid = tv_builtin_code("TVParam::TVErrC_ParamInvalid");
@@ -326,7 +327,7 @@ const std::string& TVParam::get_build_tag() const { return d->m_buildTag; }
 
 void TVParam::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVParam Object:\n";
     out << pad << " programName = " << d->m_programName << "\n";
     out << pad << " programVersion = " << d->m_programVersion << "\n";

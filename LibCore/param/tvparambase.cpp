@@ -6,6 +6,7 @@
 #include "LibCore/error/tverror.h"
 #include "LibCore/param/tvparam.h"
 #include "LibCore/textstr/tvtextstr.h"
+#include "LibCore/log/tvdump.h"
 
 const char* const TVParamBase::C_TagValueSeparator = "=";
 const char* const TVParamBase::C_SourceCmdLine = "";
@@ -263,7 +264,7 @@ std::string TVParamBase::usage_line(const std::string& left, const std::string& 
 
 void TVParamBase::dump_base(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << " name = " << d->m_name << "\n";
     out << pad << " description = " << d->m_description << "\n";
     out << pad << " latestSource = " << d->m_latestSource << "\n";
@@ -279,7 +280,7 @@ void TVParamBase::dump_base(std::ostream& out, int indent) const
 
 void TVParamBase::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVParamBase Object:\n";
     dump_base(out, indent);
 }

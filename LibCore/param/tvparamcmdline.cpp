@@ -6,6 +6,7 @@
 
 #include "LibCore/error/tverror.h"
 #include "LibCore/param/tvparam.h"
+#include "LibCore/log/tvdump.h"
 
 const char* const TVParamCmdLine::C_HelpSwitch1 = "h";
 const char* const TVParamCmdLine::C_HelpSwitch2 = "help";
@@ -200,7 +201,7 @@ std::string TVParamCmdLine::extract_option(const std::string& arg)
 
 void TVParamCmdLine::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVParamCmdLine Object:\n";
     out << pad << " groups = " << m_groups.size() << "\n";
     for (const auto& group : m_groups)

@@ -4,6 +4,7 @@
 
 #include "LibCore/error/tverror.h"
 #include "LibCore/param/tvparam.h"
+#include "LibCore/log/tvdump.h"
 
 TVParamErrHandler::TVParamErrHandler(const std::string& usage, std::ostream* out, bool immediate,
                                      bool intermediate, bool delayed, bool manageDeletion)
@@ -27,7 +28,7 @@ int TVParamErrHandler::handle(TVErrDetails& details)
 
 void TVParamErrHandler::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVParamErrHandler Object:\n";
     dump_flags(out, indent);
     out << pad << " usage = " << m_usage.size() << " bytes\n";

@@ -15,6 +15,7 @@
 #include "LibCore/param/tvparamset.h"
 #include "LibCore/param/tvparamvalue.h"
 #include "LibCore/textstr/tvtextstr.h"
+#include "LibCore/log/tvdump.h"
 
 const char* const TVParamFile::C_Extension = ".cfg";
 const char* const TVParamFile::C_TmpExtension = ".tmp";
@@ -239,7 +240,7 @@ bool TVParamFile::needs_write() const
 
 void TVParamFile::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVParamFile Object:\n";
     out << pad << " fileName = " << m_fileName << "\n";
     out << pad << " userConfig = " << m_userConfig << "\n";

@@ -1,4 +1,5 @@
 #include "LibCore/param/tvparamoption.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 
@@ -94,7 +95,7 @@ std::string TVParamOption::get_switch(bool withValue) const
 
 void TVParamOption::dump_option(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     dump_base(out, indent);
     out << pad << " altName = " << m_altName << "\n";
     out << pad << " requiresValue = " << m_requiresValue << "\n";
@@ -102,7 +103,7 @@ void TVParamOption::dump_option(std::ostream& out, int indent) const
 
 void TVParamOption::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVParamOption Object:\n";
     dump_option(out, indent);
 }

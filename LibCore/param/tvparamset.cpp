@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "LibCore/param/tvparambase.h"
+#include "LibCore/log/tvdump.h"
 
 TVParamSet::TVParamSet() = default;
 TVParamSet::~TVParamSet() = default;
@@ -74,7 +75,7 @@ bool TVParamSet::modified_since(long count) const
 
 void TVParamSet::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVParamSet Object:\n";
     out << pad << " entries = " << m_order.size() << " (owned " << m_owned.size() << ")\n";
     for (const TVParamBase* param : m_order)

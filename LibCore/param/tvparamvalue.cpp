@@ -1,4 +1,5 @@
 #include "LibCore/param/tvparamvalue.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 
@@ -62,7 +63,7 @@ std::string TVParamValue::get_usage() const
 
 void TVParamValue::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVParamValue Object:\n";
     dump_base(out, indent);
 }

@@ -6,6 +6,7 @@
 #include "LibCore/param/tvparam.h"
 #include "LibCore/param/tvparamcmdline.h"
 #include "LibCore/param/tvparamset.h"
+#include "LibCore/log/tvdump.h"
 
 TVParamValueGroup::TVParamValueGroup() = default;
 
@@ -216,7 +217,7 @@ void TVParamValueGroup::display_usage(std::ostream& out, const std::string& prog
 
 void TVParamValueGroup::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVParamValueGroup Object:\n";
     dump_option(out, indent);
     for (const auto& value : m_values)

@@ -1,4 +1,5 @@
 #include "LibCore/ptrarray/tvidentry.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 
@@ -13,7 +14,7 @@ bool TVIdEntry::operator==(const TVIdEntry& other) const
 
 void TVIdEntry::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVIdEntry\n" << pad << "    m_text = " << m_text << '\n';
     m_id.dump(out, indent + 1);
 }

@@ -1,4 +1,5 @@
 #include "LibCore/ptrarray/tvidstring.h"
+#include "LibCore/log/tvdump.h"
 
 #include <algorithm>
 #include <ostream>
@@ -61,7 +62,7 @@ void TVIdString::sort()
 
 void TVIdString::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVIdString\n";
     for (const TVIdEntry& entry : m_entry)
         entry.dump(out, indent + 1);

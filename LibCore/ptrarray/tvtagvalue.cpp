@@ -1,6 +1,7 @@
 #include "LibCore/ptrarray/tvtagvalue.h"
 
 #include "LibCore/textstr/tvtextstr.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 
@@ -29,7 +30,7 @@ double TVTagValue::get_double(const std::string& tag, double defaultValue) const
 
 void TVTagValue::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVTagValue\n";
     for (const auto& entry : m_value)
         out << pad << "    " << entry.first << " = " << entry.second << '\n';

@@ -1,4 +1,5 @@
 #include "LibCore/textstr/tvtokenset.h"
+#include "LibCore/log/tvdump.h"
 
 #include <cctype>
 #include <ostream>
@@ -195,7 +196,7 @@ bool TVTokenSet::match(char ch)
 
 void TVTokenSet::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVTokenSet\n";
     for (size_t i = 0; i < m_token.size(); ++i)
         out << pad << "    m_token[" << i << "] = \"" << m_token[i] << "\" line " << m_line[i]

@@ -15,6 +15,7 @@
 #include "LibObject/object/tvserialisationentry.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvtrail.h"
+#include "LibCore/log/tvdump.h"
 
 #include <algorithm>
 #include <atomic>
@@ -277,7 +278,7 @@ int TVDatabase::serialise(std::istream* in, std::ostream* out, const std::string
 
 void TVDatabase::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVDatabase " << d->m_completeFile << " type " << d->m_appType << " objects "
         << d->m_objects.size() << " next id " << d->m_uniqueId
         << (d->m_isLoaded ? " loaded" : "") << (d->m_readOnly ? " read-only" : "") << '\n';

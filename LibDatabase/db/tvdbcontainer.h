@@ -10,6 +10,7 @@
 #include "LibCore/ptrarray/tvptrarrayindex.h"
 #include "LibDatabase/db/tvdbcontainerbase.h"
 #include "LibDatabase/db/tvdbobject.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 #include <string>
@@ -29,7 +30,7 @@ public:
     void dump(std::ostream& out, int indent) const override
     {
         TVDBContainerBase::dump(out, indent);
-        const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+        const std::string pad = TVDump::indent_string(indent);
         for (const T* object : m_objects)
             out << pad << "    " << object->get_id() << ' ' << object->get_member_tag() << '\n';
     }

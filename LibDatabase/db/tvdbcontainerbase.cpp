@@ -1,12 +1,13 @@
 #include "LibDatabase/db/tvdbcontainerbase.h"
 
 #include "LibCore/error/tverror.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 
 void TVDBContainerBase::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVDBContainerBase: tag \"" << m_tag << "\"\n";
 }
 

@@ -6,6 +6,7 @@
 #include "LibObject/object/tvserialisationentry.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvtrail.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 #include <sstream>
@@ -83,7 +84,7 @@ int TVDBIndex::serialise(std::istream* in, std::ostream* out, const std::string&
 
 void TVDBIndex::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVDBIndex " << m_fileName << " lastSave " << m_lastSave << '\n';
     for (const auto& transaction : m_transactions)
         transaction->dump(out, indent + 1);

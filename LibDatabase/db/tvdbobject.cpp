@@ -10,6 +10,7 @@
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvsrlvaluevector.h"
 #include "LibObject/object/tvtrail.h"
+#include "LibCore/log/tvdump.h"
 
 #include <algorithm>
 #include <cctype>
@@ -247,7 +248,7 @@ int TVDBObject::var_from_string(const std::string& line)
 
 void TVDBObject::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVDBObject: id " << d->m_id << ", state " << get_obj_state() << ", parent "
         << d->m_parentId << " \"" << d->m_containerTag << "\" \"" << d->m_memberTag
         << "\", spec " << d->m_specId << ", created " << d->m_createTime << " (first id "

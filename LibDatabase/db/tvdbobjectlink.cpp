@@ -1,4 +1,5 @@
 #include "LibDatabase/db/tvdbobjectlink.h"
+#include "LibCore/log/tvdump.h"
 
 #include <cerrno>
 #include <climits>
@@ -8,7 +9,7 @@
 
 void TVDBObjectLink::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVDBObjectLink: " << m_tag << " -> " << m_id << '\n';
 }
 

@@ -3,6 +3,7 @@
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvtrail.h"
+#include "LibCore/log/tvdump.h"
 
 #include <cctype>
 #include <ostream>
@@ -78,7 +79,7 @@ int TVDBTransaction::serialise(std::istream* in, std::ostream* out, const std::s
 
 void TVDBTransaction::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVDBTransaction " << write_tag() << " status " << m_status << '\n';
 }
 

@@ -3,6 +3,7 @@
 #include "LibComms/thread/tvmutex.h"
 #include "LibComms/thread/tvmutexlocker.h"
 #include "LibCore/error/tverror.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 #include <string>
@@ -69,7 +70,7 @@ int TVLockable::get_lock_id() const
 
 void TVLockable::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVLockable: " << (is_locked() ? "locked by " : "free")
         << (is_locked() ? std::to_string(get_lock_id()) : std::string()) << '\n';
 }

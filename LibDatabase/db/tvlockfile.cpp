@@ -4,6 +4,7 @@
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvcachename.h"
 #include "LibObject/object/tvtrail.h"
+#include "LibCore/log/tvdump.h"
 
 #include <QLockFile>
 #include <QString>
@@ -79,7 +80,7 @@ bool TVLockFile::is_locked() const
 
 void TVLockFile::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVLockFile: " << m_fileName << " by " << m_lockFileName
         << (is_locked() ? " (held)" : " (not held)") << '\n';
 }

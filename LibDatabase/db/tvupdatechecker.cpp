@@ -3,6 +3,7 @@
 #include "LibComms/thread/tvmutexlocker.h"
 #include "LibDatabase/db/tvdbhost.h"
 #include "LibDatabase/db/tvupdatecounter.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 #include <string>
@@ -76,7 +77,7 @@ bool TVUpdateChecker::do_action()
 void TVUpdateChecker::dump(std::ostream& out, int indent) const
 {
     TVMutexLocker locker(m_mutex);
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVUpdateChecker: action " << m_action << ", last seen " << m_lastSeen
         << ", time-out " << m_timeout << " s, last action " << m_lastAction
         << (m_database == nullptr ? ", no database" : "") << '\n';

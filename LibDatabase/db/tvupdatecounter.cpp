@@ -1,6 +1,7 @@
 #include "LibDatabase/db/tvupdatecounter.h"
 
 #include "LibDate/date/tvdateutils.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 #include <string>
@@ -51,7 +52,7 @@ long TVUpdateCounter::time_since_update()
 
 void TVUpdateCounter::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVUpdateCounter: last update " << get_last_update() << " (main "
         << get_counter(false) << ")\n";
 }

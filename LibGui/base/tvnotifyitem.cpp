@@ -1,4 +1,5 @@
 #include "LibGui/base/tvnotifyitem.h"
+#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 
@@ -15,7 +16,7 @@ TVNotifyItem::TVNotifyItem(const std::string& message, const TVId& id, int schem
 
 void TVNotifyItem::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVNotifyItem: \"" << m_message << "\" id " << m_objectId << " scheme "
         << m_scheme << " priority " << m_priority << " schedule " << m_schedule << '\n';
 }

@@ -1,6 +1,7 @@
 #include "LibObject/object/tvid.h"
 
 #include "LibCore/textstr/tvtextstr.h"
+#include "LibCore/log/tvdump.h"
 
 #include <QLine>
 #include <istream>
@@ -82,7 +83,7 @@ void TVId::from_qline(const QLine& line)
 
 void TVId::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVIdSeq\n"
         << pad << "    m_id = " << m_id << '\n'
         << pad << "    m_seq = " << m_seq << '\n'

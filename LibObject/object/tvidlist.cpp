@@ -1,4 +1,5 @@
 #include "LibObject/object/tvidlist.h"
+#include "LibCore/log/tvdump.h"
 
 #include <algorithm>
 #include <ostream>
@@ -108,7 +109,7 @@ void TVIdList::set_ids(const std::vector<int>& ids)
 
 void TVIdList::dump(std::ostream& out, int indent) const
 {
-    const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+    const std::string pad = TVDump::indent_string(indent);
     out << pad << "TVIdList (" << m_ids.size() << ")\n";
     for (const TVId& member : m_ids)
         member.dump(out, indent + 1);

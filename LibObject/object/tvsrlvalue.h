@@ -14,6 +14,7 @@
 #include "LibDate/date/tvduration.h"
 #include "LibObject/object/tvid.h"
 #include "LibObject/object/tvsrl.h"
+#include "LibCore/log/tvdump.h"
 
 #include <iomanip>
 #include <ostream>
@@ -32,7 +33,7 @@ public:
     void dump(std::ostream& out, int indent) const override
     {
         TVSrl::dump(out, indent);
-        const std::string pad(static_cast<size_t>(indent < 0 ? 0 : indent) * 4, ' ');
+        const std::string pad = TVDump::indent_string(indent);
         out << pad << "    value = " << *m_member << '\n';
         if (m_hasDefault)
             out << pad << "    default = " << m_default << '\n';
