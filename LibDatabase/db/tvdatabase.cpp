@@ -1646,6 +1646,12 @@ int TVDatabase::verify(const std::string& file, const std::string& app_type) con
     }
 }
 
+// Until the new name is saved whole, the old name keeps everything: the
+// session files (log, base, partial) are copied to the new names, and the
+// old ones go only after the save. A crash at any step thus leaves the old
+// name whole, and from the copy of the partial file on the new name too.
+// A failure puts the old names back in memory, so that the next autosave
+// and the next operation still go to the old files.
 int TVDatabase::save_as(const std::string& file, bool manual)
 {
     try {
@@ -1654,22 +1660,69 @@ int TVDatabase::save_as(const std::string& file, bool manual)
         const std::string oldIndex = d->m_indexFile;
         const std::string oldBase = d->m_baseFile;
         const std::string oldPartial = d->m_partialFile;
+        if (oldMain == file)
+            return save(true, manual, true);
         set_filename(file);
-        if (!oldBase.empty()) {
-            d->m_baseFile = get_cache_name(file, true) + C_BaseExt;
-            TV_PASS_ON(tv_create_dir(tv_dirname(d->m_baseFile), true));
+        int result = TVErrC_ok;
+        bool thrown = false;
+        try {
+            result = save_as_files(oldMain, oldIndex, oldBase, oldPartial, manual);
+        } catch (const TVErrDetails&) {
+            result = tverrorvalue();
+            thrown = true;
         }
-        // The undo history travels with the new name. set_filename emptied
-        // the log in memory; the renamed file is the same log.
-        if (!oldIndex.empty() && tv_file_exists(oldIndex) && oldIndex != d->m_indexFile)
-            TV_PASS_ON(tv_rename_file(oldIndex, d->m_indexFile, true, true));
+        if (istvwarn(result)) {
+            set_filename(oldMain);
+            d->m_baseFile = oldBase;
+            (void)d->m_index.load();
+            if (thrown)
+                throw TVErrDetails(*get_tverror()->error_details());
+            return tv_trail_return(result, TVLOCATION);
+        }
+        // The new name holds everything: the old session goes, its partial
+        // file last, so that what is left of it still replays onto the old
+        // main file.
+        // Names that two paths share (the scratch names go by the base
+        // name alone) are the new session's now.
+        for (const std::string& name : {oldIndex, oldBase, oldPartial})
+            if (!name.empty() && name != d->m_indexFile && name != d->m_partialFile &&
+                name != get_cache_name(file, true) + C_BaseExt)
+                TV_PASS_ON(tv_delete_file(name, false));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// save_as's steps under the new name, the old names as given.
+int TVDatabase::save_as_files(const std::string& old_main, const std::string& old_index,
+                              const std::string& old_base, const std::string& old_partial,
+                              bool manual)
+{
+    try {
+        const std::string& file = d->m_completeFile;
+        // A file saved over loses its own session first: none of it may
+        // replay onto what is written there now.
+        if (d->m_partialFile != old_partial)
+            TV_PASS_ON(tv_delete_file(d->m_partialFile, false));
+        if (!old_main.empty() && tv_file_exists(old_main))
+            TV_PASS_ON(tv_copy_file(old_main, file, true, true));
+        const std::string base = get_cache_name(file, true) + C_BaseExt;
+        // The undo history travels with the new name; the partial file
+        // comes last, once the log and base it replays with are there.
+        const std::pair<std::string, std::string> carried[] = {
+            {old_index, d->m_indexFile}, {old_base, base}, {old_partial, d->m_partialFile}};
+        for (const auto& [from, to] : carried) {
+            if (from == to)
+                continue;
+            if (!from.empty() && tv_file_exists(from))
+                TV_PASS_ON(tv_copy_file(from, to, true, true));
+            else
+                TV_PASS_ON(tv_delete_file(to, false));
+        }
+        if (!old_base.empty())
+            d->m_baseFile = base;
         TV_PASS_ON(d->m_index.load());
-        if (!oldBase.empty() && tv_file_exists(oldBase) && oldBase != d->m_baseFile)
-            TV_PASS_ON(tv_rename_file(oldBase, d->m_baseFile, true, true));
-        if (!oldPartial.empty() && tv_file_exists(oldPartial) && oldPartial != d->m_partialFile)
-            TV_PASS_ON(tv_rename_file(oldPartial, d->m_partialFile, true, true));
-        if (!oldMain.empty() && tv_file_exists(oldMain) && oldMain != file)
-            TV_PASS_ON(tv_copy_file(oldMain, file, true, true));
         TV_PASS_ON(save(true, manual, true));
         return TVErrC_ok;
     } catch (const TVErrDetails&) {

@@ -361,6 +361,9 @@ private:
     [[nodiscard]] int load_file(const std::string& file);
     [[nodiscard]] int check_writable(bool loaded) const;
     [[nodiscard]] int rotate_backups(const std::string& old_file);
+    [[nodiscard]] int save_as_files(const std::string& old_main, const std::string& old_index,
+                                    const std::string& old_base, const std::string& old_partial,
+                                    bool manual);
     [[nodiscard]] int rebuild_after(int index_result);
     // Loaded and holding id (the database included); otherwise reports
     // and returns null.

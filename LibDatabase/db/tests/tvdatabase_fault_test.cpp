@@ -1,6 +1,6 @@
-// Saving through its faults: every disk operation of a save and of a
-// partial save fails in turn, once or from there on (a crash), and what
-// complete_operation had returned for must load again.
+// Saving through its faults: every disk operation of a save, a partial
+// save and a save under another name fails in turn, once or from there on
+// (a crash), and what complete_operation had returned for must load again.
 
 #include "LibDatabase/db/tests/tvdbfiletest.h"
 
@@ -42,13 +42,15 @@ protected:
     // Runs step under a fault at each disk operation in turn, on a fresh
     // database where "a" is saved and "b" is only in the partial file,
     // until a run meets no fault. Then reopens as after a restart.
-    template <class Step>
-    void each_fault(bool crash, Step step)
+    // Then check(reopened, done, fired) says whether it is whole.
+    template <class Step, class Check>
+    void each_fault(bool crash, Step step, Check check)
     {
         for (int target = 0;; ++target) {
             SCOPED_TRACE((crash ? "crash at operation " : "fault at operation ") +
                          std::to_string(target));
-            use_folder((crash ? "crash" : "fault") + std::to_string(target));
+            use_folder((crash ? "crash" : "fault") + std::to_string(target) + "-" +
+                       std::to_string(m_rounds));
             std::set<std::string> done{"a", "b"};
             bool fired = false;
             {
@@ -69,12 +71,47 @@ protected:
                 }
             } // dropped where it stood, as by a crash
             std::unique_ptr<TVDatabase> db = reopen();
-            EXPECT_EQ(names(*db), done);
+            check(*db, done, fired);
             EXPECT_FALSE(get_tverror()->is_error()) << take_messages();
             if (!fired)
-                return;
+                break;
         }
+        ++m_rounds;
     }
+    template <class Step>
+    void each_fault(bool crash, Step step)
+    {
+        each_fault(crash, step, [](const TVDatabase& db, const std::set<std::string>& done, bool) {
+            EXPECT_EQ(names(db), done);
+        });
+    }
+
+    // The names that a read-only load of file and its partial file shows;
+    // none when it doesn't load.
+    static std::set<std::string> names_in(const std::string& file)
+    {
+        TVDatabase db;
+        db.set_app_type(C_AppType);
+        if (istvwarn(db.read(file, true, true)))
+            return {"(does not load: " + take_messages() + ")"};
+        return names(db);
+    }
+
+    // Another database's main file, holding only a node called name: the
+    // saved main file with "a" renamed, written past the fault seam.
+    std::string write_other(const std::string& file, const std::string& name)
+    {
+        std::string text = slurp(m_file);
+        const std::string from = "!n!a\n";
+        const size_t at = text.find(from);
+        EXPECT_NE(at, std::string::npos);
+        text.replace(at, from.size(), "!n!" + name + "\n");
+        spill(file, text);
+        return text;
+    }
+
+    // each_fault calls so far: each runs in folders of its own.
+    int m_rounds = 0;
 };
 
 TEST_F(DatabaseFaultTest, SaveStoppedAtAnyStepLosesNothing)
@@ -95,6 +132,46 @@ TEST_F(DatabaseFaultTest, PartialSaveStoppedAtAnyStepKeepsEveryFinishedOperation
                 done.insert("c");
             return result;
         });
+}
+
+// Until save_as comes back finished the old name holds everything, and
+// after it the new one does; the old main file is never written.
+TEST_F(DatabaseFaultTest, SaveAsStoppedAtAnyStepLeavesTheOldNameWhole)
+{
+    for (bool over : {false, true})
+        for (bool crash : {false, true}) {
+            SCOPED_TRACE(over ? "over an existing file" : "to a new name");
+            std::string old, other, before;
+            each_fault(
+                crash,
+                [&](TVDatabase& db, std::set<std::string>&) {
+                    old = m_file;
+                    other = tv_dirname(old) + "/other.tvmaths";
+                    before = slurp(old);
+                    if (over)
+                        write_other(other, "z");
+                    const int result = db.save_as(other, false);
+                    if (result == TVErrC_ok)
+                        m_file = other;
+                    return result;
+                },
+                [&](const TVDatabase& db, const std::set<std::string>& done, bool) {
+                    EXPECT_EQ(names(db), done) << m_file;
+                    EXPECT_EQ(slurp(old), before);
+                    if (m_file == other) {
+                        EXPECT_EQ(names_in(old), std::set<std::string>{"a"});
+                    } else if (over && tv_file_exists(other)) {
+                        // The file saved over, or the old name's state
+                        // whole, with or without its session. (A copy over
+                        // a file deletes it first: a fault at the copy
+                        // leaves none, of a file the user gave up.)
+                        const std::set<std::string> found = names_in(other);
+                        EXPECT_TRUE(found == std::set<std::string>{"z"} ||
+                                    found == std::set<std::string>{"a"} || found == done)
+                            << ::testing::PrintToString(found);
+                    }
+                });
+        }
 }
 
 TEST_F(DatabaseFaultTest, FailedVerifyPutsThePreviousFileBack)
