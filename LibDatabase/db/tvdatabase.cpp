@@ -1750,6 +1750,12 @@ int TVDatabase::save_snapshot(bool manual)
     return istvwarn(result) ? tv_trail_return(result, TVLOCATION) : result;
 }
 
+// The snapshot goes in through the steps of a save: the main file moves to
+// the old name, the snapshot is copied in, the old file goes. The session
+// files go before the main file is touched, so that none of them replays
+// onto the snapshot: a crash leaves the main file as it was, or the
+// snapshot, with the safety copy holding the present state either way.
+// Any failure once the safety copy is written puts it back.
 int TVDatabase::restore_snapshot(const std::string& snapshot, std::string& backup)
 {
     try {
@@ -1757,6 +1763,7 @@ int TVDatabase::restore_snapshot(const std::string& snapshot, std::string& backu
             return tvwarning(TVErrC_FileOpen, TVLOCATION, "Could not open %s.", snapshot.c_str());
         const std::string file = d->m_completeFile;
         const std::string appType = d->m_appType;
+        const std::string oldFile = get_cache_name(file, false) + C_OldExt;
         backup = get_scratch_name(file) + C_SafetyExt;
         if (backup == snapshot)
             backup += "1";
@@ -1764,18 +1771,25 @@ int TVDatabase::restore_snapshot(const std::string& snapshot, std::string& backu
         std::ostringstream text;
         TV_PASS_ON(write(text, 0, false, std::string(), -1));
         TV_PASS_ON(tv_db_write_file(backup, text.str(), false));
-        TV_PASS_ON(tv_copy_file(snapshot, file, true, true));
-        TV_PASS_ON(clean_intermediate(false, true));
-        TV_PASS_ON(unload());
-        d->m_appType = appType;
         int result = TVErrC_ok;
         try {
-            result = load(file, false, std::string(), false, true, true);
+            result = clean_intermediate(false, true);
+            if (!istvwarn(result) && tv_file_exists(file))
+                result = tv_rename_file(file, oldFile, true, true);
+            if (!istvwarn(result))
+                result = tv_copy_file(snapshot, file, true, true);
+            if (!istvwarn(result))
+                result = tv_delete_file(oldFile, false);
+            if (!istvwarn(result))
+                result = unload();
+            d->m_appType = appType;
+            if (!istvwarn(result))
+                result = load(file, false, std::string(), false, true, true);
         } catch (const TVErrDetails&) {
             result = tverrorvalue();
         }
         if (istvwarn(result)) {
-            get_tverror()->clear_last_error();
+            // The cause stays recorded beside the warning below.
             (void)unload();
             d->m_appType = appType;
             TV_PASS_ON(tv_rename_file(backup, file, true, true));

@@ -1,6 +1,7 @@
 // Saving through its faults: every disk operation of a save, a partial
-// save and a save under another name fails in turn, once or from there on
-// (a crash), and what complete_operation had returned for must load again.
+// save, a save under another name and a snapshot's restore fails in turn,
+// once or from there on (a crash), and what complete_operation had
+// returned for must load again.
 
 #include "LibDatabase/db/tests/tvdbfiletest.h"
 
@@ -172,6 +173,39 @@ TEST_F(DatabaseFaultTest, SaveAsStoppedAtAnyStepLeavesTheOldNameWhole)
                     }
                 });
         }
+}
+
+// A restore either happens or not, never half: the main file reopens as
+// the present state, as the snapshot, or (a crash after the session files
+// went) as last saved, never a mix; whenever the present state is not what
+// reopens, the safety copy holds all of it.
+TEST_F(DatabaseFaultTest, RestoreSnapshotStoppedAtAnyStepKeepsThePresentState)
+{
+    for (bool crash : {false, true}) {
+        std::string snapshot, taken, backup;
+        each_fault(
+            crash,
+            [&](TVDatabase& db, std::set<std::string>&) {
+                snapshot = tv_dirname(m_file) + "/snapshot.tvmaths";
+                taken = write_other(snapshot, "s");
+                backup.clear();
+                return db.restore_snapshot(snapshot, backup);
+            },
+            [&](const TVDatabase& db, const std::set<std::string>& done, bool fired) {
+                const std::set<std::string> found = names(db);
+                EXPECT_EQ(slurp(snapshot), taken);
+                if (!fired) {
+                    EXPECT_EQ(found, std::set<std::string>{"s"});
+                }
+                if (found != done) {
+                    EXPECT_TRUE(found == std::set<std::string>{"s"} ||
+                                found == std::set<std::string>{"a"})
+                        << "a mix of the snapshot and the present state";
+                    ASSERT_FALSE(backup.empty());
+                    EXPECT_EQ(names_in(backup), done);
+                }
+            });
+    }
 }
 
 TEST_F(DatabaseFaultTest, FailedVerifyPutsThePreviousFileBack)
