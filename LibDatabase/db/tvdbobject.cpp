@@ -619,15 +619,22 @@ int TVDBObject::edit(int lock_id, bool created)
     }
 }
 
+namespace {
+// Commit and revert both need an edit in progress: the lock and its backup.
+int check_edited(bool locked, bool backedUp, int id)
+{
+    if (!locked)
+        return tvwarning(TVLockable::TVErrC_ObjectNotLocked, TVLOCATION, "The object %d was not locked.", id);
+    if (!backedUp)
+        return tvwarning(TVErrC_NullPointer, TVLOCATION, "The object %d was not backed up.", id);
+    return TVErrC_ok;
+}
+} // namespace
+
 int TVDBObject::commit()
 {
     try {
-        if (!is_locked())
-            return tvwarning(TVLockable::TVErrC_ObjectNotLocked, TVLOCATION,
-                             "The object %d was not locked.", d->m_id);
-        if (d->m_backup == nullptr)
-            return tvwarning(TVErrC_NullPointer, TVLOCATION, "The object %d was not backed up.",
-                             d->m_id);
+        TV_PASS_ON(check_edited(is_locked(), d->m_backup != nullptr, d->m_id));
         d->m_backup.reset();
         // Prompt variables are the schema layer's; the stored lines have none.
         int result = unlock();
@@ -644,12 +651,7 @@ int TVDBObject::commit()
 int TVDBObject::revert()
 {
     try {
-        if (!is_locked())
-            return tvwarning(TVLockable::TVErrC_ObjectNotLocked, TVLOCATION,
-                             "The object %d was not locked.", d->m_id);
-        if (d->m_backup == nullptr)
-            return tvwarning(TVErrC_NullPointer, TVLOCATION, "The object %d was not backed up.",
-                             d->m_id);
+        TV_PASS_ON(check_edited(is_locked(), d->m_backup != nullptr, d->m_id));
         const TVDBHost* host = TVDBHost::installed();
         const int version =
             host != nullptr && d->m_database != nullptr ? host->appfileversion(*d->m_database) : 0;
