@@ -1,13 +1,19 @@
-# tv_add_tests(<name> LABEL <label> SOURCES <files...> LIBS <targets...>)
+# tv_add_tests(<name> [GUI] LABEL <label> SOURCES <files...> LIBS <targets...>)
 # One test executable per library; every case is registered with CTest
 # under the library's short label so that `ctest -L <label>` runs them.
+# GUI tests get tvguitestmain (a QApplication on the offscreen platform)
+# as their main instead of GoogleTest's.
 function(tv_add_tests name)
   if(NOT TV_TESTS)
     return()
   endif()
-  cmake_parse_arguments(T "" "LABEL" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(T "GUI" "LABEL" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
-  target_link_libraries(${name} PRIVATE ${T_LIBS} GTest::gtest GTest::gtest_main)
+  if(T_GUI)
+    target_link_libraries(${name} PRIVATE ${T_LIBS} tvguitestmain GTest::gtest)
+  else()
+    target_link_libraries(${name} PRIVATE ${T_LIBS} GTest::gtest GTest::gtest_main)
+  endif()
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   gtest_discover_tests(${name}
     PROPERTIES LABELS ${T_LABEL}
