@@ -766,6 +766,63 @@ int TVDatabase::append_values(TVDBObject&, const TVDBObject&)
     return TVErrC_ok;
 }
 
+// ---- Sync, import and checks ----------------------------------------------------------
+
+int TVDatabase::pull_all(bool)
+{
+    return TVErrC_ok;
+}
+
+int TVDatabase::push_all(bool, bool)
+{
+    return TVErrC_ok;
+}
+
+int TVDatabase::sync_state() const
+{
+    return 0;
+}
+
+bool TVDatabase::is_syncing() const
+{
+    return false;
+}
+
+bool TVDatabase::needs_push() const
+{
+    // No linked copies: nothing can be behind.
+    return false;
+}
+
+bool TVDatabase::has_ext_data() const
+{
+    return false;
+}
+
+int TVDatabase::import_db(const std::string&, const std::string*)
+{
+    return TVErrC_ok;
+}
+
+int TVDatabase::validate_specs() const
+{
+    return TVErrC_ok;
+}
+
+int TVDatabase::validate_queries(std::string& script, int& line, std::string& message) const
+{
+    script.clear();
+    line = 0;
+    message.clear();
+    return TVErrC_ok;
+}
+
+int TVDatabase::periodic_check(long, bool, std::vector<TVCheckIssue>& issues)
+{
+    issues.clear();
+    return TVErrC_ok;
+}
+
 long TVDatabase::get_last_db_update() const
 {
     long last = get_last_update();

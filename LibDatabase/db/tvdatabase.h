@@ -322,6 +322,47 @@ public:
     void set_autosave(bool on);
     bool get_autosave() const;
 
+    // ---- Sync, import and checks ---------------------------------------------
+    //
+    // The workspace's heartbeat and its flows call these. Until the layers
+    // behind them (linked copies, import, specs and scripts, the checker)
+    // exist they do nothing and report success, and the queries answer as
+    // for a database with no links, no specs and nothing to check.
+
+    // Brings in what linked copies hold; a replace only with can_replace.
+    [[nodiscard]] virtual int pull_all(bool can_replace);
+    // Writes this database to every linked copy (manual ones too with
+    // include_manual); force pushes also where a copy says it can't take one.
+    [[nodiscard]] virtual int push_all(bool include_manual, bool force);
+    // 0 after a load, 1 while a pull pass found nothing, 2 replaced, 3 merged.
+    virtual int sync_state() const;
+    // A transfer to or from a linked copy is under way.
+    virtual bool is_syncing() const;
+    // Some linked copy is behind this database.
+    virtual bool needs_push() const;
+    // Some linked copy has new data waiting to be pulled.
+    virtual bool has_ext_data() const;
+    // Takes the objects of another database file (or of text, when file is
+    // empty) into this one under new ids.
+    [[nodiscard]] virtual int import_db(const std::string& file, const std::string* text);
+    // TVErrC_ok when every object spec parses.
+    [[nodiscard]] virtual int validate_specs() const;
+    // TVErrC_ok when every script parses; otherwise the first failure's
+    // script name, line and message.
+    [[nodiscard]] virtual int validate_queries(std::string& script, int& line,
+                                               std::string& message) const;
+
+    // One object that a check found wrong.
+    struct TVCheckIssue
+    {
+        int id = -1;
+        std::string short_message;
+    };
+    // Checks the objects (at most every seconds unless force) and gives
+    // what is wrong now.
+    [[nodiscard]] virtual int periodic_check(long seconds, bool force,
+                                             std::vector<TVCheckIssue>& issues);
+
     // ---- Recalculation thread -----------------------------------------------
 
     [[nodiscard]] int start_recalc_thread(TVThread::E_ThreadPriority priority);
