@@ -8,6 +8,7 @@
 #include "LibCore/error/tverror.h"
 #include "LibDate/date/tvdate.h"
 #include "LibDate/date/tvlocale.h"
+#include "LibGui/images/tvguiimages.h"
 #include "LibGui/qt/tvqtapp.h"
 #include "LibDate/date/tvdateslot.h"
 #include "LibObject/object/tvid.h"
@@ -16,6 +17,8 @@
 TVApplicationQt::TVApplicationQt(int argc, char** argv, const TVAppIdentity& identity, TVQtApp& app)
     : QObject(nullptr), TVApplication(argc, argv, identity), m_app(app)
 {
+    // The framework's icons sit in a static library.
+    tv_init_gui_images();
     // Queued signals and item data carry these values.
     qRegisterMetaType<TVId>("TVId");
     qRegisterMetaType<TVIdList>("TVIdList");
