@@ -4,6 +4,7 @@
 #include <memory>
 #include <ostream>
 
+#include "AppTarvelloMaths/qt/art/mathsimages.h"
 #include "LibCore/error/tverror.h"
 #include "LibCore/log/tvdump.h"
 #include "LibCore/param/tvparamcmdline.h"
@@ -35,6 +36,8 @@ TVAppIdentity AppMaths::identity()
 
 AppMaths::AppMaths(int argc, char** argv, TVQtApp& app) : TVApplicationQt(argc, argv, identity(), app)
 {
+    // The pictures, icons and help pages sit in a static library.
+    maths_init_images();
     m_mathsDB.clear();
 }
 
