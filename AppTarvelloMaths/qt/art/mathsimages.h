@@ -10,7 +10,9 @@
 //   ":/TarvelloMathsImages/images/16/" Tick, Cross, Runner, Undo;
 //   ":/TarvelloMathsHelp/" the help pages by name, "TarvelloMaths.html",
 //       "Running.html", "SetExercise.html", "Preferences.html",
-//       "maths_welcome.html" and "guide_exercise_list.html".
+//       "maths_welcome.html" and "guide_exercise_list.html"; shown in a
+//       QTextBrowser by the address "qrc:/TarvelloMathsHelp/<page>", so
+//       that links between pages and their "qrc:/" pictures resolve.
 //
 // They live in a static library, which the linker would leave out unless
 // something calls into it: AppMaths's constructor calls this. Safe to call
