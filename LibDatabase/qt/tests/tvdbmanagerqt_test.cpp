@@ -1,0 +1,240 @@
+// The database window: the heartbeat and when it holds back, autosave
+// after a quiet spell, undo and redo with confirmation, and a throwaway
+// main window that opens a maths file after a killed process, edits,
+// autosaves, undoes and closes it. Timers are fired by calling their
+// expiry slots; time moves only on the test's clock.
+
+#include "LibDatabase/qt/tvdbmanagerqt.h"
+
+#include "AppTarvelloMaths/maths/exercise.h"
+#include "LibCore/fileutils/tvfileutils.h"
+#include "LibDatabase/db/tvlockfile.h"
+#include "LibDatabase/qt/tests/tvdbqttest.h"
+#include "LibGui/qt/tvmessageboxscript.h"
+
+#include <gtest/gtest.h>
+
+#include <QKeyEvent>
+#include <QTest>
+
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+using Labels = std::vector<std::string>;
+
+// A main window of its own: counts the heartbeats that got through, and
+// can try to start one from inside one.
+class CountingWindow : public TVDBManagerQt
+{
+public:
+    using TVDBManagerQt::TVDBManagerQt;
+    int update_calcs() override
+    {
+        ++m_updates;
+        if (m_reenter)
+            return do_periodic_update();
+        return TVErrC_ok;
+    }
+    int m_updates = 0;
+    bool m_reenter = false;
+};
+
+class ManagerTest : public TVDBQtTest
+{
+protected:
+    void SetUp() override
+    {
+        TVDBQtTest::SetUp();
+        write_file(m_file, {"Tables"});
+        m_window = std::make_unique<CountingWindow>(*m_db);
+    }
+    void TearDown() override
+    {
+        m_window.reset();
+        TVDBQtTest::TearDown();
+    }
+    // start() as the program calls it, run until the file is in.
+    void start(int update_period)
+    {
+        ASSERT_EQ(m_window->start(m_file, false, update_period, 300000, "", 0), TVErrC_ok);
+        drain([&] { return m_db->is_loaded() && m_window->m_updates > 0; });
+        ASSERT_TRUE(m_db->is_loaded() && m_window->m_updates > 0);
+    }
+    // One tick of the frequent timer with an update due.
+    int tick()
+    {
+        const int before = m_window->m_updates;
+        m_window->periodic_timer_expired();
+        m_window->frequent_timer_expired();
+        return m_window->m_updates - before;
+    }
+    void press_key() { QTest::keyClick(m_window.get(), Qt::Key_A); }
+
+    std::unique_ptr<CountingWindow> m_window;
+};
+
+TEST_F(ManagerTest, LoadRunsOneUpdateAndStartsTheTimersUnlessThePeriodIsZero)
+{
+    start(60000);
+    EXPECT_EQ(m_window->m_updates, 1);
+    EXPECT_TRUE(m_window->update_timer_active());
+    EXPECT_TRUE(m_window->frequent_timer_active());
+    EXPECT_TRUE(m_window->detail_timer_active());
+    EXPECT_EQ(m_window->get_last_update().get_time_t(), C_Start);
+
+    auto quiet = std::make_unique<MathsDB>();
+    CountingWindow other(*quiet);
+    ASSERT_EQ(m_db->unload(), TVErrC_ok);
+    m_window->unlock();
+    ASSERT_EQ(other.start(m_file, false, 0, 300000, "", 0), TVErrC_ok);
+    ASSERT_TRUE(drain([&] { return quiet->is_loaded(); }));
+    EXPECT_FALSE(other.update_timer_active());
+    EXPECT_FALSE(other.frequent_timer_active());
+    EXPECT_EQ(other.on_db_changed(), TVErrC_ok);
+    EXPECT_EQ(other.m_updates, 2);
+}
+
+TEST_F(ManagerTest, UpdateIsHeldWhileEditingOrPausedByTheUserUntilOverdueAndNeverReentered)
+{
+    start(60000);
+    Exercise* exercise = m_db->get_exercise_no(0);
+    ASSERT_EQ(m_db->edit_object(exercise->get_id(), false, 1), TVErrC_ok);
+    EXPECT_EQ(tick(), 0);
+    EXPECT_TRUE(m_window->is_update_due());
+    m_clock.advance(601);
+    EXPECT_EQ(tick(), 1);
+    ASSERT_EQ(m_db->revert_object(exercise->get_id()), TVErrC_ok);
+
+    m_window->set_ui_pause(true);
+    press_key();
+    EXPECT_TRUE(m_window->interaction_timer_active());
+    EXPECT_EQ(tick(), 0);
+    m_window->interact_timer_expired();
+    EXPECT_EQ(tick(), 1);
+
+    m_window->setWindowState(Qt::WindowMinimized);
+    EXPECT_EQ(tick(), 0);
+    m_clock.advance(11 * 60);
+    EXPECT_EQ(tick(), 1);
+    m_window->setWindowState(Qt::WindowNoState);
+
+    m_window->m_reenter = true;
+    EXPECT_EQ(tick(), 1);
+    EXPECT_FALSE(m_window->is_updating());
+}
+
+TEST_F(ManagerTest, AutosaveWaitsForFifteenQuietSeconds)
+{
+    start(60000);
+    ASSERT_EQ(add(*m_db, "Bonds"), TVErrC_ok);
+    press_key();
+    EXPECT_EQ(tick(), 1);
+    EXPECT_TRUE(m_db->changed_since_full_write());
+    // Typing goes on: each key starts the quiet spell again.
+    m_clock.advance(10);
+    press_key();
+    EXPECT_EQ(tick(), 1);
+    EXPECT_TRUE(m_db->changed_since_full_write());
+    m_window->interact_timer_expired();
+    EXPECT_TRUE(m_window->update_timer_active());
+    EXPECT_EQ(tick(), 1);
+    EXPECT_FALSE(m_db->changed_since_full_write());
+    MathsDB check;
+    ASSERT_EQ(check.read(m_file, false, false), TVErrC_ok);
+    EXPECT_EQ(names(check), (std::set<std::string>{"Bonds", "Tables"}));
+}
+
+TEST_F(ManagerTest, UndoAndRedoAskFirst)
+{
+    start(60000);
+    ASSERT_EQ(add(*m_db, "Bonds"), TVErrC_ok);
+    {
+        TVMessageBoxScript script({"No"});
+        m_window->undo_selected();
+        EXPECT_EQ(script.texts(), Labels{"Undo Add Bonds?"});
+        EXPECT_EQ(script.boxes()[0].labels, (Labels{"Yes", "No"}));
+        EXPECT_EQ(names(*m_db).count("Bonds"), 1u);
+    }
+    TVMessageBoxScript script({"Yes", "Yes"});
+    m_window->undo_selected();
+    EXPECT_EQ(names(*m_db).count("Bonds"), 0u);
+    m_window->redo_selected();
+    EXPECT_EQ(names(*m_db).count("Bonds"), 1u);
+    EXPECT_EQ(script.texts(), (Labels{"Undo Add Bonds?", "Redo Add Bonds?"}));
+}
+
+TEST_F(ManagerTest, ClosingAsksAboutChangesAndQuitWithCancelKeepsTheWindow)
+{
+    start(60000);
+    m_db->set_autosave(false);
+    ASSERT_EQ(add(*m_db, "Bonds"), TVErrC_ok);
+    {
+        TVMessageBoxScript script({"Cancel"});
+        EXPECT_EQ(m_window->user_quit(true), TVErrC_ok);
+        ASSERT_TRUE(drain([&] { return !script.boxes().empty(); }));
+        EXPECT_EQ(script.titles(), Labels{"Save"});
+        EXPECT_TRUE(m_db->is_loaded());
+        EXPECT_TRUE(m_window->frequent_timer_active());
+    }
+    TVMessageBoxScript script({"Save"});
+    EXPECT_FALSE(m_window->close());
+    ASSERT_TRUE(drain([&] { return !m_window->isVisible(); }));
+    EXPECT_FALSE(m_db->is_loaded());
+    MathsDB check;
+    ASSERT_EQ(check.read(m_file, false, false), TVErrC_ok);
+    EXPECT_EQ(names(check).count("Bonds"), 1u);
+}
+
+// The whole life of a file in a throwaway window: a process that opened
+// it finished an operation and was killed; the window finds the operation
+// (and the dead process's lock), edits, autosaves, undoes, and closes.
+TEST_F(ManagerTest, WindowRecoversAKilledSessionEditsAutosavesUndoesAndCloses)
+{
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        MathsDB db;
+        TVLockFile lock;
+        if (istvwarn(lock.lock(m_file, false)) ||
+            istvwarn(db.load(m_file, false, "", true, true, true)) ||
+            istvwarn(add(db, "Survivor")))
+            _exit(1);
+        raise(SIGKILL);
+        _exit(2);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status));
+
+    // Qt may clear a dead process's lock by itself; if not, it is stolen.
+    Labels titles;
+    TVMessageBoxQt::set_answerer([&](const std::string& title, const std::string&, const Labels&) {
+        titles.push_back(title);
+        return std::string(title == "Load File" ? "Open Anyway" : "Yes");
+    });
+    start(60000);
+    EXPECT_EQ(names(*m_db), (std::set<std::string>{"Survivor", "Tables"}));
+
+    ASSERT_EQ(add(*m_db, "Bonds"), TVErrC_ok);
+    m_window->interact_timer_expired();
+    EXPECT_EQ(tick(), 1);
+    EXPECT_FALSE(m_db->changed_since_full_write());
+
+    m_window->undo_selected();
+    EXPECT_EQ(names(*m_db), (std::set<std::string>{"Survivor", "Tables"}));
+
+    EXPECT_FALSE(m_window->close());
+    ASSERT_TRUE(drain([&] { return !m_window->isVisible(); }));
+    TVMessageBoxQt::set_answerer(nullptr);
+    EXPECT_FALSE(m_db->is_loaded());
+    for (const std::string& title : titles)
+        EXPECT_TRUE(title == "Load File" || title == "Undo") << title;
+    MathsDB check;
+    ASSERT_EQ(check.read(m_file, true, true), TVErrC_ok);
+    EXPECT_EQ(names(check), (std::set<std::string>{"Survivor", "Tables"}));
+}
+
+} // namespace

@@ -1,0 +1,112 @@
+#include "LibDatabase/qt/tests/tvdbqttest.h"
+
+#include "AppTarvelloMaths/maths/exercise.h"
+#include "LibDatabase/db/tvdbmanager.h"
+#include "LibDatabase/db/tvlockfile.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QFile>
+
+#include <fstream>
+#include <sstream>
+
+void TVDBQtTest::SetUp()
+{
+    TVQuietErrorTest::SetUp();
+    ASSERT_TRUE(m_dir.isValid());
+    const std::string root = m_dir.path().toStdString();
+    qputenv("XDG_DATA_HOME", QByteArray::fromStdString(root + "/data"));
+    qputenv("XDG_CACHE_HOME", QByteArray::fromStdString(root + "/cache"));
+    TVAppIdentity identity;
+    identity.m_application = "TVDBQtTest";
+    identity.m_title = "Database Window Test";
+    identity.m_extension = C_Extension;
+    m_app = std::make_unique<TVApplication>(0, nullptr, identity);
+    get_tverror()->set_stream(nullptr, TVSevAll);
+    // Errors come back as values, so each case sees what survived.
+    get_tverror()->set_action(TVActContinue, TVSevError);
+    ASSERT_EQ(TVDBManager::get_default_filename(m_file, ""), TVErrC_ok);
+    m_db = std::make_unique<MathsDB>();
+}
+
+void TVDBQtTest::TearDown()
+{
+    m_db.reset();
+    m_app.reset();
+    TVQuietErrorTest::TearDown();
+}
+
+int TVDBQtTest::add(MathsDB& db, const std::string& name)
+{
+    Exercise* exercise = nullptr;
+    const int result = db.create_exercise(exercise);
+    if (istvwarn(result))
+        return result;
+    exercise->set_name(name);
+    return db.complete_operation("Add " + name);
+}
+
+std::set<std::string> TVDBQtTest::names(const MathsDB& db)
+{
+    std::set<std::string> found;
+    for (int i = 0; i < db.get_nexercises(); ++i)
+        if (!db.get_exercise_no(i)->is_deleted())
+            found.insert(db.get_exercise_no(i)->get_name());
+    return found;
+}
+
+void TVDBQtTest::write_file(const std::string& file, const std::set<std::string>& exercises)
+{
+    QFile::remove(QString::fromStdString(file));
+    MathsDB db;
+    ASSERT_EQ(db.load(file, true, std::string(), false, false, true), TVErrC_ok);
+    for (const std::string& name : exercises)
+        ASSERT_EQ(add(db, name), TVErrC_ok);
+    ASSERT_EQ(db.save(true, true, false), TVErrC_ok);
+    ASSERT_EQ(db.unload(), TVErrC_ok);
+}
+
+bool TVDBQtTest::drain(const std::function<bool()>& done)
+{
+    for (int i = 0; i < 1000 && !done(); ++i) {
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    return done();
+}
+
+void TVDBQtTest::leave_lock_behind(const std::string& file)
+{
+    TVLockFile holder;
+    ASSERT_EQ(holder.lock(file, false), TVErrC_ok);
+    const QString path = QString::fromStdString(holder.get_lock_filename());
+    QFile in(path);
+    ASSERT_TRUE(in.open(QIODevice::ReadOnly));
+    const QByteArray bytes = in.readAll();
+    in.close();
+    holder.unlock();
+    QFile out(path);
+    ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+    out.write(bytes);
+    out.close();
+}
+
+std::string TVDBQtTest::scratch(const std::string& ext) const
+{
+    return TVDatabase::get_scratch_name(m_file) + ext;
+}
+
+std::string TVDBQtTest::slurp(const std::string& file)
+{
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream all;
+    all << in.rdbuf();
+    return all.str();
+}
+
+void TVDBQtTest::spill(const std::string& file, const std::string& text)
+{
+    std::ofstream out(file, std::ios::binary | std::ios::trunc);
+    out << text;
+}

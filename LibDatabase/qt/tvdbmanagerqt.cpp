@@ -1,0 +1,811 @@
+#include "LibDatabase/qt/tvdbmanagerqt.h"
+
+#include "LibCore/application/tvapplication.h"
+#include "LibCore/fileutils/tvfileutils.h"
+#include "LibCore/textstr/tvscopeguard.h"
+#include "LibDatabase/db/tvdatabase.h"
+#include "LibDatabase/db/tvlockfile.h"
+#include "LibDatabase/qt/tvdbflow_p.h"
+#include "LibDatabase/qt/tvdbimportqt.h"
+#include "LibDatabase/qt/tvdbloadqt.h"
+#include "LibDatabase/qt/tvdbunloadqt.h"
+#include "LibDate/date/tvdateutils.h"
+#include "LibGui/base/tvnotifylist.h"
+#include "LibGui/base/tvnotifyscheme.h"
+#include "LibGui/qt/tvfileselectqt.h"
+#include "LibGui/qt/tvmessageboxqt.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QCursor>
+#include <QMenu>
+#include <QTimer>
+
+#include <fstream>
+
+using tvdbflow::call;
+using tvdbflow::label;
+
+struct TVDBManagerQt::TVDBManagerQtImpl
+{
+    TVNotifyList m_notify;
+    QTimer m_updateTimer;
+    QTimer m_frequentTimer;
+    QTimer m_detailTimer;
+    QTimer m_interactTimer;
+    TVLockFile m_lock;
+    bool m_paused = false;
+    bool m_updating = false;
+    // closeEvent lets the window go only once do_unload has finished.
+    bool m_closing = false;
+    std::string m_pendingFile;
+    bool m_pendingMulti = false;
+};
+
+namespace {
+
+// Pushes a status for the length of a scope.
+class StatusScope
+{
+public:
+    explicit StatusScope(const std::string& text) : m_text(text)
+    {
+        tvapplication()->push_status(m_text, -1.0, true, TVDatabase::C_SaveStatusDelayMicro);
+    }
+    ~StatusScope() { tvapplication()->pop_status(m_text, true); }
+    StatusScope(const StatusScope&) = delete;
+    StatusScope& operator=(const StatusScope&) = delete;
+
+private:
+    std::string m_text;
+};
+
+} // namespace
+
+TVDBManagerQt::TVDBManagerQt(TVDatabase& db, QWidget* parent)
+    : TVMainWindowQt(parent), TVDBManager(db), d(std::make_unique<TVDBManagerQtImpl>())
+{
+    m_lastUpdate = TVDateUtils::invalid_date();
+    for (QTimer* timer : {&d->m_updateTimer, &d->m_frequentTimer, &d->m_detailTimer,
+                          &d->m_interactTimer})
+        timer->setSingleShot(true);
+    connect(&d->m_updateTimer, &QTimer::timeout, this, &TVDBManagerQt::periodic_timer_expired,
+            Qt::QueuedConnection);
+    connect(&d->m_frequentTimer, &QTimer::timeout, this, &TVDBManagerQt::frequent_timer_expired,
+            Qt::QueuedConnection);
+    connect(&d->m_interactTimer, &QTimer::timeout, this, &TVDBManagerQt::interact_timer_expired,
+            Qt::QueuedConnection);
+    if (qApp != nullptr) {
+        qApp->installEventFilter(this);
+        connect(qApp, &QGuiApplication::applicationStateChanged, this,
+                &TVDBManagerQt::app_state_changed);
+    }
+}
+
+TVDBManagerQt::~TVDBManagerQt()
+{
+    if (qApp != nullptr)
+        qApp->removeEventFilter(this);
+}
+
+int TVDBManagerQt::start(const std::string& file, bool multi_window, int update_period,
+                         int detail_period, const std::string& ext_word, int last)
+{
+    try {
+        m_multiWindow = multi_window;
+        m_updatePeriod = update_period;
+        m_detailPeriod = detail_period;
+        m_startArg = last;
+        std::string name = file;
+        if (name.empty())
+            TV_PASS_ON(get_filename(name, ext_word, false));
+        const bool exists = tv_file_exists(name);
+        TVMainWindowQt::show_dialog();
+        TV_PASS_ON(do_load(name, "", exists, multi_window));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// ---- Loading and closing --------------------------------------------------------------
+
+int TVDBManagerQt::do_load(const std::string& file, const std::string& fallback,
+                           bool create_if_missing, bool multi_window)
+{
+    stop_timers();
+    TVDBLoadQt::start_load(get_database(), file, fallback, create_if_missing, multi_window, this,
+                           TVSlotQt(this, SLOT(db_loaded(std::string))),
+                           TVSlotQt(this, SLOT(db_failed())), TVSlotQt(this, SLOT(db_cancelled())));
+    return TVErrC_ok;
+}
+
+int TVDBManagerQt::do_create(const std::string& file)
+{
+    stop_timers();
+    TVDBLoadQt::start_create(get_database(), file, get_database().get_filename(), m_multiWindow,
+                             this, TVSlotQt(this, SLOT(db_loaded(std::string))),
+                             TVSlotQt(this, SLOT(db_failed())),
+                             TVSlotQt(this, SLOT(db_cancelled())));
+    return TVErrC_ok;
+}
+
+void TVDBManagerQt::db_loaded(std::string file)
+{
+    TVDatabase& db = get_database();
+    // Autosave is on unless the user turned it off.
+    db.set_autosave(true);
+    read_settings();
+    // The recent list is a convenience: a failure to keep it stops nothing.
+    if (!file.empty() && istvwarn(call([&] { return tvapplication()->add_recent(file, 0); })))
+        get_tverror()->clear_all();
+    set_window_title();
+    show_dialog();
+    if (stopped(call([&] { return do_periodic_update(); })))
+        return;
+    if (m_updatePeriod > 0)
+        start_timers();
+    QTimer::singleShot(100, this, &TVDBManagerQt::gui_started);
+}
+
+void TVDBManagerQt::db_failed()
+{
+    // Nothing to show: the window goes, and with it a single-window program.
+    db_close_window();
+}
+
+void TVDBManagerQt::db_cancelled()
+{
+    // The file open before stays; its timers go on.
+    if (get_database().is_loaded() && m_updatePeriod > 0)
+        start_timers();
+}
+
+void TVDBManagerQt::gui_started()
+{
+    stopped(call([&] { return display_started(); }));
+}
+
+int TVDBManagerQt::do_unload(bool save_first, const TVSlotQt& on_done, const TVSlotQt& on_cancel)
+{
+    try {
+        TVDatabase& db = get_database();
+        if (!db.is_loaded()) {
+            unlock();
+            on_done.invoke();
+            return TVErrC_ok;
+        }
+        const bool quiet = !db.is_syncing() && !db.needs_push() &&
+                           (!needs_save() || db.get_autosave() || !save_first);
+        if (quiet) {
+            stop_timers();
+            if (save_first && needs_save())
+                TV_PASS_ON(db.save(true, true, true));
+            TV_PASS_ON(db.unload());
+            unlock();
+            on_done.invoke();
+            return TVErrC_ok;
+        }
+        auto* unload = new TVDBUnloadQt(db, this, false);
+        on_done.connect_from(unload, SIGNAL(unload_complete()));
+        on_cancel.connect_from(unload, SIGNAL(unload_cancelled()));
+        on_cancel.connect_from(unload, SIGNAL(unload_failed()));
+        // The timers stop for the questions and come back if the user stays.
+        stop_timers();
+        connect(unload, &TVDBUnloadQt::unload_cancelled, this, &TVDBManagerQt::db_cancelled);
+        connect(unload, &TVDBUnloadQt::unload_failed, this, &TVDBManagerQt::db_cancelled);
+        unload->step1();
+        return TVErrC_okCancel;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBManagerQt::do_unload()
+{
+    stop_timers();
+    return get_database().unload();
+}
+
+void TVDBManagerQt::db_close_file()
+{
+    set_window_title();
+    update_display();
+}
+
+void TVDBManagerQt::db_close_window()
+{
+    d->m_closing = true;
+    // From the event loop: this may run inside the close event that asked
+    // for it, where a second close does nothing.
+    QTimer::singleShot(0, this, [this] {
+        close();
+        emit window_closed();
+    });
+}
+
+void TVDBManagerQt::db_quit()
+{
+    db_close_window();
+    QCoreApplication::quit();
+}
+
+void TVDBManagerQt::closeEvent(QCloseEvent* event)
+{
+    if (d->m_closing || !get_database().is_loaded()) {
+        stop_timers();
+        TVMainWindowQt::closeEvent(event);
+        return;
+    }
+    // The window goes once the database is closed (db_close_window).
+    event->ignore();
+    stopped(call([&] {
+        return do_unload(true, TVSlotQt(this, SLOT(db_close_window())), TVSlotQt());
+    }));
+}
+
+bool TVDBManagerQt::needs_save() const
+{
+    const TVDatabase& db = get_database();
+    return db.is_loaded() && !db.is_read_only() && db.changed_since_full_write();
+}
+
+int TVDBManagerQt::lock(const std::string& file, bool steal)
+{
+    return d->m_lock.lock(file, steal);
+}
+
+void TVDBManagerQt::unlock()
+{
+    d->m_lock.unlock();
+}
+
+const TVLockFile& TVDBManagerQt::get_lock() const
+{
+    return d->m_lock;
+}
+
+// ---- The heartbeat --------------------------------------------------------------------
+
+int TVDBManagerQt::do_periodic_update()
+{
+    try {
+        if (d->m_paused || is_paused() || d->m_updating)
+            return TVErrC_ok;
+        TVScopeGuard updating(d->m_updating);
+        TVDatabase& db = get_database();
+        if (!db.is_loaded())
+            return TVErrC_ok;
+        const long now = TVDateUtils::now().get_time_t();
+        const bool overdue =
+            !m_lastUpdate.is_ok() || now - m_lastUpdate.get_time_t() > C_MaxRecalcWait;
+        const bool interacting = d->m_interactTimer.isActive();
+        if (interacting && m_uiPause)
+            return TVErrC_ok;
+        if (!interacting)
+            m_uiPause = false;
+        if (db.object_edited() && !overdue)
+            return TVErrC_ok;
+        if ((windowState() & Qt::WindowMinimized) && !overdue)
+            return TVErrC_ok;
+        StatusScope status("Recalculating...");
+        if (tvusererror_handle(true) == TVErrC_okHandled)
+            return TVErrC_ok;
+
+        TV_PASS_ON(db.pull_all(!db.needs_save()));
+        const bool syncing = db.sync_state() == 2 || db.sync_state() == 3;
+
+        // A full pass waits for a quiet user and for the detail period.
+        TVDatabase::E_RecalcLevel level = TVDatabase::E_RecalcAll;
+        bool full = false;
+        if ((!d->m_detailTimer.isActive() && !interacting) || m_detailDue) {
+            if (syncing) {
+                m_detailDue = true;
+            } else {
+                d->m_detailTimer.start(m_detailPeriod);
+                level = TVDatabase::E_RecalcChanged;
+                m_detailDue = false;
+                full = true;
+            }
+        }
+        TV_PASS_ON(db.recalculate(level));
+        TV_PASS_ON(update_calcs());
+        TV_PASS_ON(rebuild_notify());
+        // Saves wait for 15 quiet seconds and never race a pull. A full
+        // pass verifies what it wrote; the others stamp and push.
+        if (!interacting && !syncing)
+            TV_PASS_ON(do_autosave(full));
+
+        update_display();
+        emit push_state_changed();
+        m_lastUpdate = TVDateUtils::now();
+        m_updateDue = false;
+        if (syncing)
+            QTimer::singleShot(C_SyncRepeatMs, this, &TVDBManagerQt::periodic_timer_expired);
+        else if (m_updatePeriod > 0)
+            d->m_updateTimer.start(m_updatePeriod);
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBManagerQt::rebuild_notify()
+{
+    try {
+        TVDatabase& db = get_database();
+        TVNotifyList& list = d->m_notify;
+        list.reset();
+        std::vector<TVDatabase::TVCheckIssue> issues;
+        TV_PASS_ON(db.periodic_check(1, true, issues));
+        for (size_t i = 0; i < issues.size() && i < static_cast<size_t>(C_MaxCheckItems); ++i)
+            list.add(TVNotifyItem(issues[i].short_message, TVId(issues[i].id, 0, 0),
+                                  C_NotifySystem, C_SystemPriority, TVDateUtils::blank_date()));
+        TV_PASS_ON(generate_notify(list));
+        if (istvwarn(call([&] { return db.validate_specs(); }))) {
+            get_tverror()->clear_all();
+            list.add(TVNotifyItem("Object spec errors", TVId(C_SpecParseError, 0, 0),
+                                  C_NotifySystem, C_SystemPriority, TVDateUtils::blank_date()));
+        }
+        std::string script;
+        int line = 0;
+        std::string message;
+        if (istvwarn(call([&] { return db.validate_queries(script, line, message); }))) {
+            get_tverror()->clear_all();
+            list.add(TVNotifyItem("Script errors in " + script + ":" + std::to_string(line) +
+                                      ": " + message,
+                                  TVId(C_ScriptError, 0, 0), C_NotifySystem, C_SystemPriority,
+                                  TVDateUtils::blank_date()));
+        }
+        list.update();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBManagerQt::do_update()
+{
+    const int result = call([&] { return on_db_changed(); });
+    tvhandle_error(result, TVSevWarning);
+    return result;
+}
+
+int TVDBManagerQt::on_db_changed()
+{
+    try {
+        if (!get_database().is_loaded())
+            return TVErrC_ok;
+        TV_PASS_ON(do_periodic_update());
+        d->m_notify.reset();
+        update_display();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+void TVDBManagerQt::update_all_display()
+{
+    do_update();
+    TVMainWindowQt::update_all_display();
+}
+
+void TVDBManagerQt::periodic_timer_expired()
+{
+    d->m_updateTimer.stop();
+    m_updateDue = true;
+}
+
+void TVDBManagerQt::frequent_timer_expired()
+{
+    d->m_frequentTimer.stop();
+    TVDatabase& db = get_database();
+    // All three are read: recalc_complete clears its flag.
+    const bool due = m_updateDue;
+    const bool recalculated = db.recalc_complete();
+    const bool external = db.has_ext_data();
+    if (due || recalculated || external) {
+        if (stopped(call([&] { return do_periodic_update(); })))
+            return;
+    }
+    if (m_updatePeriod > 0 && db.is_loaded())
+        d->m_frequentTimer.start(C_FrequentMs);
+}
+
+void TVDBManagerQt::interact_timer_expired()
+{
+    d->m_interactTimer.stop();
+    m_updateDue = true;
+    if (m_updatePeriod > 0)
+        d->m_updateTimer.start(m_updatePeriod);
+}
+
+bool TVDBManagerQt::eventFilter(QObject* watched, QEvent* event)
+{
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+    case QEvent::Wheel:
+    case QEvent::TouchBegin:
+    case QEvent::Gesture:
+        d->m_interactTimer.start(C_UserInteractionTimeout * 1000);
+        break;
+    default:
+        break;
+    }
+    return TVMainWindowQt::eventFilter(watched, event);
+}
+
+void TVDBManagerQt::app_state_changed(Qt::ApplicationState state)
+{
+    TVDatabase& db = get_database();
+    switch (state) {
+    case Qt::ApplicationSuspended: {
+        d->m_paused = true;
+        const int result = call([&] {
+            if (!db.is_loaded() || db.is_read_only())
+                return TVErrC_ok;
+            if (needs_save())
+                TV_PASS_ON(db.save(false, false, false));
+            return db.clean_intermediate(false, true);
+        });
+        tvhandle_error(result, TVSevError);
+        break;
+    }
+    case Qt::ApplicationHidden:
+    case Qt::ApplicationInactive:
+        tvhandle_error(call([&] { return do_autosave(false); }), TVSevError);
+        d->m_paused = false;
+        break;
+    case Qt::ApplicationActive:
+        d->m_interactTimer.start(C_UserInteractionTimeout * 1000);
+        d->m_paused = false;
+        break;
+    }
+}
+
+void TVDBManagerQt::start_timers()
+{
+    d->m_updateTimer.start(m_updatePeriod);
+    d->m_frequentTimer.start(C_FrequentMs);
+}
+
+void TVDBManagerQt::stop_timers()
+{
+    d->m_updateTimer.stop();
+    d->m_frequentTimer.stop();
+}
+
+bool TVDBManagerQt::is_updating() const
+{
+    return d->m_updating;
+}
+
+bool TVDBManagerQt::update_timer_active() const
+{
+    return d->m_updateTimer.isActive();
+}
+
+bool TVDBManagerQt::frequent_timer_active() const
+{
+    return d->m_frequentTimer.isActive();
+}
+
+bool TVDBManagerQt::detail_timer_active() const
+{
+    return d->m_detailTimer.isActive();
+}
+
+bool TVDBManagerQt::interaction_timer_active() const
+{
+    return d->m_interactTimer.isActive();
+}
+
+// ---- Saving, undo and redo ------------------------------------------------------------
+
+int TVDBManagerQt::do_save(bool manual)
+{
+    try {
+        TVDatabase& db = get_database();
+        if (!db.is_loaded()) {
+            TVMessageBoxQt::information("Save", "There is no database file loaded.", this);
+            return TVErrC_ok;
+        }
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        const int result = call([&] { return db.save(true, manual, true); });
+        QApplication::restoreOverrideCursor();
+        TV_PASS_ON(result);
+        emit push_state_changed();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+void TVDBManagerQt::undo_selected()
+{
+    TVDatabase& db = get_database();
+    if (!db.is_loaded() || !db.can_undo())
+        return;
+    confirm_undo(TVMessageBoxQt::start(this, "Undo", "Undo " + db.get_undo_operation() + "?",
+                                       TVMessageBox::C_Yes, TVMessageBox::C_No));
+}
+
+void TVDBManagerQt::confirm_undo(std::string answer)
+{
+    if (answer != label(TVMessageBox::C_Yes))
+        return;
+    if (stopped(call([&] { return get_database().undo(); })))
+        return;
+    update_display();
+}
+
+void TVDBManagerQt::redo_selected()
+{
+    TVDatabase& db = get_database();
+    if (!db.is_loaded() || !db.can_redo())
+        return;
+    confirm_redo(TVMessageBoxQt::start(this, "Redo", "Redo " + db.get_redo_operation() + "?",
+                                       TVMessageBox::C_Yes, TVMessageBox::C_No));
+}
+
+void TVDBManagerQt::confirm_redo(std::string answer)
+{
+    if (answer != label(TVMessageBox::C_Yes))
+        return;
+    if (stopped(call([&] { return get_database().redo(); })))
+        return;
+    update_display();
+}
+
+// ---- User commands --------------------------------------------------------------------
+
+int TVDBManagerQt::user_create(const std::string& caption, const std::string& filter,
+                               const std::string& default_name, bool multi_window)
+{
+    d->m_pendingMulti = multi_window;
+    const std::string dir = tvapplication()->get_data_dir() + "/" + default_name;
+    file_new_selected(TVFileSelectQt::get_save_file(this, caption, dir, filter));
+    return TVErrC_ok;
+}
+
+void TVDBManagerQt::file_new_selected(std::string file)
+{
+    if (file.empty())
+        return;
+    if (d->m_pendingMulti && get_database().is_loaded()) {
+        TVDBManagerQt* window = nullptr;
+        stopped(call([&] { return new_window(file, true, window); }));
+        return;
+    }
+    // The file open now is closed first, asking about its changes.
+    d->m_pendingFile = file;
+    stopped(call([&] {
+        return do_unload(true, TVSlotQt(this, SLOT(create_after_unload())), TVSlotQt());
+    }));
+}
+
+void TVDBManagerQt::create_after_unload()
+{
+    stopped(call([&] { return do_create(d->m_pendingFile); }));
+}
+
+int TVDBManagerQt::user_open(const std::string& caption, const std::string& filter,
+                             bool multi_window)
+{
+    d->m_pendingMulti = multi_window;
+    const std::string& current = get_database().get_filename();
+    const std::string dir = current.empty() ? tvapplication()->get_data_dir() : tv_dirname(current);
+    file_open_selected(TVFileSelectQt::get_open_file(this, caption, dir, filter));
+    return TVErrC_ok;
+}
+
+void TVDBManagerQt::file_open_selected(std::string file)
+{
+    if (file.empty() || file == get_database().get_filename())
+        return;
+    if (d->m_pendingMulti && get_database().is_loaded()) {
+        TVDBManagerQt* window = nullptr;
+        stopped(call([&] { return new_window(file, false, window); }));
+        return;
+    }
+    d->m_pendingFile = file;
+    stopped(call([&] {
+        return do_unload(true, TVSlotQt(this, SLOT(open_after_unload())), TVSlotQt());
+    }));
+}
+
+void TVDBManagerQt::open_after_unload()
+{
+    stopped(call([&] { return do_load(d->m_pendingFile, "", false, m_multiWindow); }));
+}
+
+int TVDBManagerQt::user_import(const std::string& caption, const std::string& filter, bool choose,
+                               bool select)
+{
+    (void)caption;
+    (void)filter;
+    stop_timers();
+    TVDBImportQt::start_import(get_database(), tvapplication()->get_documents_dir(),
+                               get_database().get_filename(), choose, select, this,
+                               TVSlotQt(this, SLOT(import_loaded(std::string))),
+                               TVSlotQt(this, SLOT(db_cancelled())),
+                               TVSlotQt(this, SLOT(db_cancelled())));
+    return TVErrC_ok;
+}
+
+void TVDBManagerQt::import_loaded(std::string file)
+{
+    if (file == get_database().get_filename()) {
+        // Replaced or merged in place.
+        do_update();
+        db_cancelled();
+        return;
+    }
+    file_open_selected(file);
+}
+
+int TVDBManagerQt::user_save()
+{
+    return do_save(false);
+}
+
+int TVDBManagerQt::user_save_as()
+{
+    const std::string& current = get_database().get_filename();
+    const std::string& ext = tvapplication()->get_extension();
+    file_saveas_selected(TVFileSelectQt::get_save_file(this, "Save As", current, "*" + ext));
+    return TVErrC_ok;
+}
+
+void TVDBManagerQt::file_saveas_selected(std::string file)
+{
+    if (file.empty())
+        return;
+    const int result = call([&] {
+        TVDatabase& db = get_database();
+        TV_PASS_ON(db.save_as(file, true));
+        // The new name is ours now; the old one is free for others.
+        TV_PASS_ON(lock(file, true));
+        return tvapplication()->add_recent(file, 0);
+    });
+    if (stopped(result))
+        return;
+    set_window_title();
+}
+
+int TVDBManagerQt::user_export(const std::string& caption, const std::string& filter)
+{
+    try {
+        TVDatabase& db = get_database();
+        if (!db.is_loaded())
+            return TVErrC_ok;
+        const std::string file = TVFileSelectQt::get_save_file(this, caption, "", filter);
+        if (file.empty())
+            return TVErrC_ok;
+        std::ofstream out(file, std::ios::binary | std::ios::trunc);
+        if (!out)
+            return tvwarning(TVErrC_FileCreate, TVLOCATION, "Could not create the file %s",
+                             file.c_str());
+        TV_PASS_ON(db.write(out, 0, false, std::string(), -1));
+        out.close();
+        if (!out)
+            return tvwarning(TVErrC_FileWrite, TVLOCATION, "Failed write of %s", file.c_str());
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBManagerQt::user_push()
+{
+    return do_save(true);
+}
+
+int TVDBManagerQt::user_close(bool save_first, bool close_window)
+{
+    const char* next = close_window ? SLOT(db_close_window()) : SLOT(db_close_file());
+    return do_unload(save_first, TVSlotQt(this, next), TVSlotQt());
+}
+
+int TVDBManagerQt::user_quit(bool save_first)
+{
+    try {
+        // Like the recent list, the remembered session stops nothing.
+        if (istvwarn(call([&] { return tvapplication()->record_open_windows(1, false); })))
+            get_tverror()->clear_all();
+        const int result = do_unload(save_first, TVSlotQt(this, SLOT(db_quit())), TVSlotQt());
+        return istvwarn(result) ? tv_trail_return(result, TVLOCATION) : TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// ---- For subclasses -------------------------------------------------------------------
+
+void TVDBManagerQt::add_menus(QMenu& file_menu, QMenu& edit_menu)
+{
+    const std::string& ext = tvapplication()->get_extension();
+    const std::string filter = "*" + ext;
+    file_menu.addAction("New...", this, [this, filter] { (void)user_create("New", filter, "", false); });
+    file_menu.addAction("Open...", this, [this, filter] { (void)user_open("Open", filter, false); });
+    file_menu.addAction("Import...", this, [this, filter] { (void)user_import("Import", filter, true, true); });
+    file_menu.addAction("Save", this, [this] { (void)user_save(); }, QKeySequence::Save);
+    file_menu.addAction("Save As...", this, [this] { (void)user_save_as(); });
+    file_menu.addAction("Export...", this, [this, filter] { (void)user_export("Export", filter); });
+    file_menu.addSeparator();
+    file_menu.addAction("Quit", this, [this] { (void)user_quit(true); }, QKeySequence::Quit);
+    edit_menu.addAction("Undo", this, &TVDBManagerQt::undo_selected, QKeySequence::Undo);
+    edit_menu.addAction("Redo", this, &TVDBManagerQt::redo_selected, QKeySequence::Redo);
+}
+
+void TVDBManagerQt::set_window_title()
+{
+    const std::string name = get_dbname();
+    const std::string& title = tvapplication()->get_title();
+    setWindowTitle(QString::fromStdString(name.empty() ? title : name + " - " + title));
+}
+
+int TVDBManagerQt::initialise_notify()
+{
+    TVNotifyList& list = d->m_notify;
+    list.add_scheme(new TVNotifyScheme(C_NotifySystem, "NotifySystem",
+                                       TVNotifyScheme::C_ResponseBadge, "", true, TVColour()));
+    list.add_scheme(new TVNotifyScheme(C_NotifyNotes, "NotifyNotes",
+                                       TVNotifyScheme::C_ResponseBadge, "", true, TVColour()));
+    return list.initialise();
+}
+
+TVNotifyList& TVDBManagerQt::get_notify() const
+{
+    return d->m_notify;
+}
+
+int TVDBManagerQt::new_window(const std::string& file, bool, TVDBManagerQt*& window)
+{
+    window = nullptr;
+    return tvwarning(TVErrC_InvalidState, TVLOCATION,
+                     "This program opens one file at a time: %s was not opened.", file.c_str());
+}
+
+int TVDBManagerQt::update_calcs()
+{
+    return TVErrC_ok;
+}
+
+int TVDBManagerQt::generate_notify(TVNotifyList&)
+{
+    return TVErrC_ok;
+}
+
+int TVDBManagerQt::activate_notify(int)
+{
+    return TVErrC_ok;
+}
+
+int TVDBManagerQt::select_notify(const TVIdList&)
+{
+    return TVErrC_ok;
+}
+
+int TVDBManagerQt::context_notify(const QPoint&, const TVId&)
+{
+    return TVErrC_ok;
+}
+
+int TVDBManagerQt::display_started()
+{
+    return TVErrC_ok;
+}
+
+void TVDBManagerQt::url_called(const std::string&, const std::string&, const TVTagValue&)
+{
+}
+
+bool TVDBManagerQt::stopped(int value)
+{
+    return tvhandle_error(value, TVSevWarning) > 1;
+}
