@@ -4,11 +4,13 @@
 #include <QMetaType>
 #include <QTimer>
 #include <QUrlQuery>
+#include <algorithm>
 
 #include "LibCore/error/tverror.h"
 #include "LibDate/date/tvdate.h"
 #include "LibDate/date/tvlocale.h"
 #include "LibGui/images/tvguiimages.h"
+#include "LibGui/qt/tvmainwindowqt.h"
 #include "LibGui/qt/tvqtapp.h"
 #include "LibDate/date/tvdateslot.h"
 #include "LibObject/object/tvid.h"
@@ -31,6 +33,9 @@ TVApplicationQt::TVApplicationQt(int argc, char** argv, const TVAppIdentity& ide
 
 TVApplicationQt::~TVApplicationQt()
 {
+    // Each window's destructor takes itself off the list.
+    while (!m_windows.empty())
+        delete m_windows.back();
     if (m_app.get_app() == this)
         m_app.set_app(nullptr);
 }
@@ -80,11 +85,33 @@ void TVApplicationQt::push_status(const std::string& text, double percentage, bo
                                   int delayMicroseconds)
 {
     TVApplication::push_status(text, percentage, foreground, delayMicroseconds);
+    for (TVMainWindowQt* window : m_windows)
+        window->app_status();
 }
 
 void TVApplicationQt::pop_status(const std::string& text, bool foreground)
 {
     TVApplication::pop_status(text, foreground);
+    for (TVMainWindowQt* window : m_windows)
+        window->app_status();
+}
+
+void TVApplicationQt::add_window(TVMainWindowQt* window)
+{
+    if (window != nullptr && std::find(m_windows.begin(), m_windows.end(), window) == m_windows.end())
+        m_windows.push_back(window);
+}
+
+void TVApplicationQt::remove_window(TVMainWindowQt* window)
+{
+    m_windows.erase(std::remove(m_windows.begin(), m_windows.end(), window), m_windows.end());
+}
+
+TVMainWindowQt* TVApplicationQt::get_window(int index) const
+{
+    if (index < 0 || index >= window_count())
+        return nullptr;
+    return m_windows[static_cast<size_t>(index)];
 }
 
 void TVApplicationQt::setup_url_handler(const std::string& scheme)

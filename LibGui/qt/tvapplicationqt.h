@@ -4,10 +4,12 @@
 #include <QObject>
 #include <QUrl>
 #include <string>
+#include <vector>
 
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/ptrarray/tvtagvalue.h"
 
+class TVMainWindowQt;
 class TVQtApp;
 
 // The application object of a program with windows: it runs the start-up
@@ -29,8 +31,17 @@ public:
     // pending error's value.
     int start() override;
     int setup_error() override;
+    // Both show the new foreground status in every listed window.
     void push_status(const std::string& text, double percentage, bool foreground, int delayMicroseconds) override;
     void pop_status(const std::string& text, bool foreground) override;
+
+    // The program's main windows. A listed window belongs to the
+    // application, which destroys those still listed when it goes; a
+    // window destroyed earlier takes itself off the list.
+    void add_window(TVMainWindowQt* window);
+    void remove_window(TVMainWindowQt* window);
+    int window_count() const { return static_cast<int>(m_windows.size()); }
+    TVMainWindowQt* get_window(int index) const;
 
     // A file the system asked us to open.
     virtual int load_file(const std::string& file) = 0;
@@ -60,6 +71,7 @@ protected:
 private:
     TVQtApp& m_app;
     std::string m_url;
+    std::vector<TVMainWindowQt*> m_windows;
 };
 
 TVApplicationQt* tvapplicationqt();
