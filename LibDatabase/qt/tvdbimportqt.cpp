@@ -105,7 +105,7 @@ void TVDBImportQt::db_import3(std::string choice)
         if (stopped(call([&] { return TVDBManager::get_default_filename(target, ""); })))
             return;
         if (tv_file_exists(target))
-            target = tvapplication()->get_data_dir() + "/" + tv_basename(m_filename);
+            target = tvapplication()->get_data_dir() + "/" + tv_filename(m_filename);
         if (stopped(call([&] { return tv_copy_file(m_filename, target, true, true); })))
             return;
         complete(target);

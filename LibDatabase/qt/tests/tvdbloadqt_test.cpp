@@ -9,6 +9,7 @@
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/qt/tests/tvdbqttest.h"
+#include "LibDatabase/qt/tvdbimportqt.h"
 #include "LibDatabase/qt/tvdbmanagerqt.h"
 #include "LibDatabase/qt/tvdbunloadqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
@@ -347,6 +348,69 @@ TEST_F(LoadFlowTest, UnloadAsksToSaveWithoutAutosaveAndDiscardLeavesNoPartialFil
     EXPECT_EQ(load(m_file), "complete " + m_file);
     EXPECT_EQ(names(*m_db), (std::set<std::string>{"Kept", "Tables"}));
     EXPECT_TRUE(script.boxes().empty());
+}
+
+// Claims a push is due, as a database with a linked copy behind it.
+class PushingDB : public MathsDB
+{
+public:
+    bool needs_push() const override { return m_push; }
+    bool m_push = true;
+};
+
+TEST_F(LoadFlowTest, UnloadDuringASyncAsksWhetherToQuit)
+{
+    auto db = std::make_unique<PushingDB>();
+    PushingDB& pushing = *db;
+    m_window.reset();
+    m_db = std::move(db);
+    m_window = std::make_unique<TVDBManagerQt>(*m_db);
+    TVMessageBoxScript none;
+    ASSERT_EQ(load(m_file), "complete " + m_file);
+    {
+        TVMessageBoxScript script({"No"});
+        EXPECT_EQ(unload(), "cancelled");
+        EXPECT_EQ(script.titles(), Labels{"Sync In Progess"});
+        EXPECT_EQ(script.texts()[0], m_file + " is being synced. Do you still want to quit?");
+        EXPECT_EQ(script.boxes()[0].labels, (Labels{"Yes", "No"}));
+    }
+    TVMessageBoxScript script({"Yes"});
+    EXPECT_EQ(unload(), "complete");
+    EXPECT_FALSE(pushing.is_loaded());
+}
+
+TEST_F(LoadFlowTest, ImportOpensACopyReplacesOrIsCancelled)
+{
+    const std::string source = m_dir.path().toStdString() + "/import" + C_Extension;
+    write_file(source, {"Imported"});
+    TVFileSelectQt::Scoped chooser([&](TVFileSelectQt::Kind, const std::string&,
+                                       const std::string&, const std::string&) { return source; });
+    auto import = [&](const std::vector<std::string>& answers) {
+        FlowEnd end;
+        TVMessageBoxScript script(answers);
+        TVDBImportQt::start_import(*m_db, "", "", true, true, m_window.get(),
+                                   TVSlotQt(&end, SLOT(complete(std::string))),
+                                   TVSlotQt(&end, SLOT(failed())),
+                                   TVSlotQt(&end, SLOT(cancelled())));
+        EXPECT_TRUE(drain([&] { return !end.m_end.empty(); }));
+        EXPECT_EQ(script.titles(), Labels(answers.size(), "Import Type"));
+        if (!answers.empty()) {
+            EXPECT_EQ(script.boxes()[0].labels, (Labels{"Open", "Replace", "Merge", "Cancel"}));
+        }
+        return end.m_end;
+    };
+    // Nothing open: no choice, a copy beside the application's files.
+    const std::string copy = tvapplication()->get_data_dir() + "/import" + C_Extension;
+    EXPECT_EQ(import({}), "complete " + copy);
+    EXPECT_EQ(slurp(copy), slurp(source));
+
+    TVMessageBoxScript none;
+    ASSERT_EQ(load(m_file), "complete " + m_file);
+    EXPECT_EQ(import({"Cancel"}), "cancelled");
+    EXPECT_EQ(import({"Merge"}), "complete " + m_file);
+    EXPECT_EQ(import({"Replace"}), "complete " + m_file);
+    EXPECT_EQ(names(*m_db), std::set<std::string>{"Imported"});
+    EXPECT_EQ(m_db->get_filename(), m_file);
 }
 
 } // namespace
