@@ -10,6 +10,7 @@
 #include "LibDate/date/tvdate.h"
 #include "LibDate/date/tvlocale.h"
 #include "LibGui/images/tvguiimages.h"
+#include "LibGui/qt/tverrorqt.h"
 #include "LibGui/qt/tvmainwindowqt.h"
 #include "LibGui/qt/tvqtapp.h"
 #include "LibDate/date/tvdateslot.h"
@@ -29,6 +30,7 @@ TVApplicationQt::TVApplicationQt(int argc, char** argv, const TVAppIdentity& ide
     qRegisterMetaType<std::string>("string");
     m_url.clear();
     m_app.set_app(this);
+    TVErrorQt::install();
 }
 
 TVApplicationQt::~TVApplicationQt()
@@ -38,6 +40,7 @@ TVApplicationQt::~TVApplicationQt()
         delete m_windows.back();
     if (m_app.get_app() == this)
         m_app.set_app(nullptr);
+    TVErrorQt::uninstall();
 }
 
 int TVApplicationQt::start()
