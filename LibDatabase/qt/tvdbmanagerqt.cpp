@@ -12,6 +12,7 @@
 #include "LibDate/date/tvdateutils.h"
 #include "LibGui/base/tvnotifylist.h"
 #include "LibGui/base/tvnotifyscheme.h"
+#include "LibGui/qt/tvapplicationqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibGui/qt/tvmessageboxqt.h"
 
@@ -22,6 +23,7 @@
 #include <QMenu>
 #include <QTimer>
 
+#include <algorithm>
 #include <fstream>
 
 using tvdbflow::call;
@@ -76,6 +78,9 @@ TVDBManagerQt::TVDBManagerQt(TVDatabase& db, QWidget* parent)
             Qt::QueuedConnection);
     connect(&d->m_interactTimer, &QTimer::timeout, this, &TVDBManagerQt::interact_timer_expired,
             Qt::QueuedConnection);
+    // Listed, the window belongs to the application from here on.
+    if (has_tvapplicationqt())
+        tvapplicationqt()->add_window(this);
     if (qApp != nullptr) {
         qApp->installEventFilter(this);
         connect(qApp, &QGuiApplication::applicationStateChanged, this,
@@ -138,7 +143,9 @@ void TVDBManagerQt::db_loaded(std::string file)
     db.set_autosave(true);
     read_settings();
     // The recent list is a convenience: a failure to keep it stops nothing.
-    if (!file.empty() && istvwarn(call([&] { return tvapplication()->add_recent(file, 0); })))
+    const int position = has_tvapplicationqt() ? tvapplicationqt()->window_count() - 1 : 0;
+    if (!file.empty() &&
+        istvwarn(call([&] { return tvapplication()->add_recent(file, std::max(0, position)); })))
         get_tverror()->clear_all();
     set_window_title();
     show_dialog();

@@ -20,7 +20,8 @@
 // minimised, until the last one is C_MaxRecalcWait seconds old. Only one
 // update runs at a time.
 //
-// The database must outlive the window. Main thread only.
+// The database must outlive the window. Under a TVApplicationQt the window
+// is listed with it and belongs to it. Main thread only.
 
 #include "LibDatabase/db/tvdbmanager.h"
 #include "LibDate/date/tvdate.h"
