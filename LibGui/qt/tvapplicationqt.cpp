@@ -117,6 +117,11 @@ TVMainWindowQt* TVApplicationQt::get_window(int index) const
     return m_windows[static_cast<size_t>(index)];
 }
 
+void TVApplicationQt::display_badge_count(int count)
+{
+    m_badgeCount = count;
+}
+
 void TVApplicationQt::setup_url_handler(const std::string& scheme)
 {
     QDesktopServices::setUrlHandler(QString::fromStdString(scheme), this, "url_scheme");

@@ -43,6 +43,12 @@ public:
     int window_count() const { return static_cast<int>(m_windows.size()); }
     TVMainWindowQt* get_window(int index) const;
 
+    // The number of notifications that want the user, for the program's
+    // icon. The desktop systems we build for have no badge, so it is only
+    // kept, for a window that wants to show it.
+    virtual void display_badge_count(int count);
+    int get_badge_count() const { return m_badgeCount; }
+
     // A file the system asked us to open.
     virtual int load_file(const std::string& file) = 0;
 
@@ -72,6 +78,7 @@ private:
     TVQtApp& m_app;
     std::string m_url;
     std::vector<TVMainWindowQt*> m_windows;
+    int m_badgeCount = 0;
 };
 
 TVApplicationQt* tvapplicationqt();
