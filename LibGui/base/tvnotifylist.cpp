@@ -106,7 +106,8 @@ void TVNotifyList::update()
 
 void TVNotifyList::reset()
 {
-    sweep_stale();
+    // Only marks: a reset with no rebuild after it (a window does one after
+    // a change, before the next periodic update) must not take items away.
     for (Entry& entry : m_items)
         entry.m_stale = true;
 }

@@ -12,7 +12,8 @@
 //     list.update();              // stale items go to the removed queue
 // An add of an item already present keeps it (it is not new again), so a
 // rebuild that finds the same reasons changes nothing in the queues. A
-// reset also clears out items left stale by an earlier rebuild.
+// reset on its own removes nothing; the update after the adds does, so
+// call update only once the adds are done.
 //
 // Snoozing holds back an item (message and object id) until a time; the
 // time is judged against TVDateUtils::unow(), so tests set the clock.
@@ -55,7 +56,7 @@ public:
     void add(const TVNotifyItem& item);
     // Drops snoozes whose time has passed and queues stale items as removed.
     virtual void update();
-    // Begins a rebuild (see above).
+    // Begins a rebuild (see above): every current item becomes stale.
     void reset();
     // Holds back items of message and id until that time, and removes the
     // current items of that object id (to the removed queue).
