@@ -4,7 +4,8 @@
 // TVImageViewerQt: one picture in a graphics view, zoomed and dragged
 // about with the hand, without scroll bars, as a window's background or a
 // plain viewer. The view sits in the parent widget given; place it with
-// get_view()->setGeometry or a layout.
+// get_view()->setGeometry or a layout. The viewer is a child of parent and
+// goes with it, unless its owner deletes it first (a window's member).
 
 #include <QObject>
 #include <QSize>

@@ -110,8 +110,8 @@ void TVNotifyListQt::report_system_tray(const TVNotifyItem& item)
     const TVNotifyScheme* scheme = get_scheme_id(item.get_scheme());
     if (scheme == nullptr || !scheme->get_popup())
         return;
-    // A dated item waits for its time; the next update after it reports it
-    // only if it comes in new, so a reminder shows in the list meanwhile.
+    // A dated item is news only once its time has come; its owner adds the
+    // item that is due then (a late reminder has a blank date).
     const TVDate& schedule = item.get_schedule();
     if (!schedule.is_blank() && TVDateUtils::unow() < schedule)
         return;

@@ -36,7 +36,8 @@ public:
     ~TVNotifyListQt() override;
 
     // The tree to list items in (may be null), the window that the tray
-    // and dialog belong to; then the settings are read.
+    // and dialog belong to; then the settings are read, so add the schemes
+    // first.
     [[nodiscard]] int initialise(TVTreeWidgetQt* tree, QMainWindow* window);
     void update() override;
     void update_tree();
