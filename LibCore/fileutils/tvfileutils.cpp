@@ -129,6 +129,80 @@ int sync_path(const std::string& name, bool directory)
     return TVErrC_ok;
 }
 
+// Copies from's bytes (and mode) to a fresh name beside to and flushes
+// them, so that a rename can put a whole file in to's place. The name made,
+// or empty on failure with errno set; a failed copy leaves nothing behind.
+std::string copy_beside(const std::string& from, const std::string& to)
+{
+    TVFd in(from, O_RDONLY);
+    struct stat st;
+    if (!in.is_open() || ::fstat(in.get(), &st) != 0)
+        return std::string();
+    std::string name = tv_dirname(to) + "/." + tv_filename(to) + ".XXXXXX";
+    std::vector<char> buffer(name.begin(), name.end());
+    buffer.push_back('\0');
+    const int fd = ::mkstemp(buffer.data());
+    if (fd < 0)
+        return std::string();
+    name.assign(buffer.data());
+    bool ok = ::fchmod(fd, st.st_mode & 07777) == 0;
+    std::vector<char> block(C_CompareBlock);
+    while (ok) {
+        const ssize_t n = read_block(in.get(), block.data(), block.size());
+        if (n <= 0) {
+            ok = n == 0;
+            break;
+        }
+        for (ssize_t done = 0; ok && done < n;) {
+            const ssize_t w = ::write(fd, block.data() + done, static_cast<size_t>(n - done));
+            if (w < 0 && errno == EINTR)
+                continue;
+            ok = w > 0;
+            done += w > 0 ? w : 0;
+        }
+    }
+    ok = ok && ::fsync(fd) == 0;
+    const int err = errno;
+    ok = ::close(fd) == 0 && ok;
+    if (!ok) {
+        ::unlink(name.c_str());
+        errno = err;
+        return std::string();
+    }
+    return name;
+}
+
+// rename(2) replaces to in one step: at every moment to is the old file or
+// the new one. Across file systems the bytes are copied beside to first.
+bool replace_by_rename(const std::string& from, const std::string& to)
+{
+    if (::rename(from.c_str(), to.c_str()) == 0)
+        return true;
+    if (errno != EXDEV)
+        return false;
+    const std::string temp = copy_beside(from, to);
+    if (temp.empty())
+        return false;
+    if (::rename(temp.c_str(), to.c_str()) != 0) {
+        ::unlink(temp.c_str());
+        return false;
+    }
+    ::unlink(from.c_str());
+    return true;
+}
+
+bool replace_by_copy(const std::string& from, const std::string& to)
+{
+    const std::string temp = copy_beside(from, to);
+    if (temp.empty())
+        return false;
+    if (::rename(temp.c_str(), to.c_str()) != 0) {
+        ::unlink(temp.c_str());
+        return false;
+    }
+    return true;
+}
+
 // One road for rename and copy: the checks are the same, only the work of
 // step 4 and what step 5 can verify differ.
 int move_or_copy(const std::string& from, const std::string& to, bool createDir, bool overwrite,
@@ -153,28 +227,20 @@ int move_or_copy(const std::string& from, const std::string& to, bool createDir,
     }
 
     const char* failed = copy ? "Could not copy %s to %s" : "Could not rename %s to %s";
-    if (tv_file_exists(to)) {
+    // Anything but a folder at to counts: rename(2) would replace it.
+    if (path_exists(to) && !tv_dir_exists(to)) {
         if (!overwrite)
             return tverror(TVErrC_FileExists, TVLOCATION, "The file %s already exists.",
                            to.c_str());
-        // Deleting "to" would delete "from": refuse before anything is lost.
+        // Two names of one file: replacing one by the other would lose it.
         if (same_file(from, to))
             return tverror(TVErrC_FileRename, TVLOCATION, failed, from.c_str(), to.c_str());
-        try {
-            const int result = tv_delete_file(to, true);
-            if (istvwarn(result))
-                return tv_trail_return(result, TVLOCATION);
-        } catch (const TVErrDetails&) {
-            tv_trail_throw(TVLOCATION);
-        }
     }
 
     const TVFileFaults::E_FileOp op = copy ? TVFileFaults::E_OpCopy : TVFileFaults::E_OpRename;
     bool done = false;
-    if (!TVFileFaults::should_fail(op, from, to)) {
-        done = copy ? QFile::copy(to_qpath(from), to_qpath(to))
-                    : QFile::rename(to_qpath(from), to_qpath(to));
-    }
+    if (!TVFileFaults::should_fail(op, from, to))
+        done = copy ? replace_by_copy(from, to) : replace_by_rename(from, to);
     if (!done)
         return tverror(TVErrC_FileRename, TVLOCATION, failed, from.c_str(), to.c_str());
 

@@ -13,9 +13,9 @@
 // a directory. A folder is not a file.
 //
 // Save, load, backup and sync all rely on the order of the checks in
-// tv_rename_file and tv_copy_file, written out below; change it only with
-// them. Every operation that changes the disk passes TVFileFaults (see
-// tvfilefaults.h), so tests can make it fail.
+// tv_rename_file and tv_copy_file, written out below, and on their atomic
+// replace; change them only with those. Every operation that changes the
+// disk passes TVFileFaults (see tvfilefaults.h), so tests can make it fail.
 
 #include <string>
 #include <vector>
@@ -57,23 +57,27 @@ bool tv_file_compare(const std::string& a, const std::string& b);
 //  1. from missing: error TVErrC_FileNotExist "The file %s does not exist.".
 //  2. directory of to missing: made with createDir (tv_create_dir), else the
 //     warning TVErrC_FileNotExist "The directory %s does not exist.".
-//  3. to exists: deleted with overwrite (tv_delete_file), else the error
-//     TVErrC_FileExists "The file %s already exists.". With overwrite, if to
-//     is from itself (the same file by another name) nothing is deleted: the
-//     error of step 4.
-//  4. QFile::rename; failure is the error TVErrC_FileRename
+//  3. a file at to: without overwrite, the error TVErrC_FileExists
+//     "The file %s already exists."; if to is from itself (the same file by
+//     another name), the error of step 4.
+//  4. rename(2), which replaces to in one step: at every moment to holds
+//     the old file or the new one, never neither. Across file systems the
+//     bytes go to a temporary name beside to first, are flushed, and that
+//     is renamed over to. Failure is the error TVErrC_FileRename
 //     "Could not rename %s to %s".
 //  5. On the disk afterwards: to can't be opened, the error TVErrC_FileCreate
 //     "Could not create %s"; from still can, TVErrC_FileDelete
 //     "Could not delete %s".
-// Every refusal before step 3's delete leaves both files as they were.
+// Every failure leaves to as it was (and from too, before step 5).
 [[nodiscard]] int tv_rename_file(const std::string& from, const std::string& to, bool createDir,
                                  bool overwrite);
 
-// Copies a file with the same checks as tv_rename_file; step 4 is QFile::copy
-// and its failure is the error TVErrC_FileRename "Could not copy %s to %s";
-// step 5 checks only that to can be opened. The copy is written beside to
-// and moved into place, so a failed copy leaves no part of a file at to.
+// Copies a file with the same checks as tv_rename_file; step 4 writes the
+// bytes (and the mode) to a temporary name beside to, flushes them, and
+// renames that over to; its failure is the error TVErrC_FileRename
+// "Could not copy %s to %s" and leaves no temporary file. Step 5 checks
+// only that to can be opened. The copy's bytes are on the disk when it
+// returns; its name is, once the caller flushes the folder.
 [[nodiscard]] int tv_copy_file(const std::string& from, const std::string& to, bool createDir,
                                bool overwrite);
 

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
+#include <iterator>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -29,7 +32,8 @@ protected:
     }
 };
 
-TEST_F(FileFaultTest, FailedMoveKeepsTheSource)
+// A failed replace leaves the old target whole, and no temporary file.
+TEST_F(FileFaultTest, FailedMoveKeepsTheSourceAndTheOldTarget)
 {
     struct Row {
         const char* name;
@@ -38,19 +42,17 @@ TEST_F(FileFaultTest, FailedMoveKeepsTheSource)
         const char* to;
         int code;
         std::string text;
-        const char* target;  // what "to" holds afterwards
+        const char* target; // what "to" holds afterwards
     };
     const Row rows[] = {
         {"rename", TVFileFaults::E_OpRename, false, "fresh", TVErrC_FileRename,
          "Could not rename " + path("from") + " to " + path("fresh"), "<missing>"},
         {"copy leaves no part behind", TVFileFaults::E_OpCopy, true, "fresh", TVErrC_FileRename,
          "Could not copy " + path("from") + " to " + path("fresh"), "<missing>"},
-        // The old target is already gone when the move fails; the source is
-        // the copy that must survive.
-        {"rename after the overwrite", TVFileFaults::E_OpRename, false, "to", TVErrC_FileRename,
-         "Could not rename " + path("from") + " to " + path("to"), "<missing>"},
-        {"delete stops the overwrite", TVFileFaults::E_OpDelete, false, "to", TVErrC_FileDelete,
-         "Could not delete " + io_error(path("to")), "old"},
+        {"rename over a file", TVFileFaults::E_OpRename, false, "to", TVErrC_FileRename,
+         "Could not rename " + path("from") + " to " + path("to"), "old"},
+        {"copy over a file", TVFileFaults::E_OpCopy, true, "to", TVErrC_FileRename,
+         "Could not copy " + path("from") + " to " + path("to"), "old"},
     };
     for (const Row& r : rows) {
         SCOPED_TRACE(r.name);
@@ -65,6 +67,24 @@ TEST_F(FileFaultTest, FailedMoveKeepsTheSource)
         EXPECT_EQ(o.text, r.text);
         EXPECT_EQ(read("from"), "new");
         EXPECT_EQ(read(r.to), r.target);
+        // Nothing beside the two: no temporary copy is left.
+        const auto files = std::filesystem::directory_iterator(path(""));
+        EXPECT_EQ(std::distance(begin(files), end(files)), 2);
+    }
+}
+
+// Replacing never deletes the target first: a delete that would fail
+// doesn't stop it.
+TEST_F(FileFaultTest, ReplaceNeedsNoDelete)
+{
+    TVFileFaults faults(fail_all(TVFileFaults::E_OpDelete));
+    for (bool copy : {false, true}) {
+        write("from", copy ? "copied" : "moved");
+        write("to", "old");
+        EXPECT_EQ(copy ? tv_copy_file(path("from"), path("to"), false, true)
+                       : tv_rename_file(path("from"), path("to"), false, true),
+                  TVErrC_ok);
+        EXPECT_EQ(read("to"), copy ? "copied" : "moved");
     }
 }
 
