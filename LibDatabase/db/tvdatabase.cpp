@@ -1849,7 +1849,9 @@ int TVDatabase::restore_snapshot(const std::string& snapshot, std::string& backu
             // The cause stays recorded beside the warning below.
             (void)unload();
             d->m_appType = appType;
-            TV_PASS_ON(tv_rename_file(backup, file, true, true));
+            // Copied, not moved: backup goes on naming the present state.
+            TV_PASS_ON(tv_copy_file(backup, file, true, true));
+            TV_PASS_ON(tv_sync_dir(tv_dirname(file)));
             TV_PASS_ON(load(file, false, std::string(), false, true, true));
             return tvwarning(TVErrC_FileOpen, TVLOCATION, "Could not restore snapshot %s",
                              snapshot.c_str());

@@ -208,6 +208,21 @@ TEST_F(DatabaseFaultTest, RestoreSnapshotStoppedAtAnyStepKeepsThePresentState)
     }
 }
 
+TEST_F(DatabaseFaultTest, FailedRestoreLeavesTheSafetyCopyWhereItSays)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+    ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+    ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+    const std::string snapshot = tv_dirname(m_file) + "/snapshot.tvmaths";
+    spill(snapshot, "no database\n");
+    std::string backup;
+    EXPECT_TRUE(istvwarn(db->restore_snapshot(snapshot, backup)));
+    EXPECT_NE(take_messages().find("Could not restore snapshot"), std::string::npos);
+    EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
+    EXPECT_EQ(names_in(backup), (std::set<std::string>{"a", "b"}));
+}
+
 TEST_F(DatabaseFaultTest, FailedVerifyPutsThePreviousFileBack)
 {
     std::unique_ptr<TVDatabase> db = reopen();
