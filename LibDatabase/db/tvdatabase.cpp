@@ -191,8 +191,12 @@ struct TVDatabase::TVDatabaseImpl {
     // One past the highest transaction tag among the blocks the last
     // partial read applied whole (skipped ones included).
     int m_partialNextTag = 0;
+    // The operations those blocks' transaction lines name, by id.
+    std::map<int, std::string> m_partialOps;
     // The partial file holds operations that the main file lacks.
     bool m_partialAhead = false;
+    // The last load_partial could not open the partial file.
+    bool m_partialUnread = false;
 
     TVCondVar m_recalcSignal;
     TVMutex m_completeLock;
@@ -999,7 +1003,7 @@ int TVDatabase::write(std::ostream& out, long since, bool first, const std::stri
         if (!transaction.empty() && since > 0) {
             d->m_appRelease = tvapplication()->get_release();
             std::string tag;
-            TV_PASS_ON(d->m_index.add_transaction(transaction, tag, afv));
+            d->m_index.add_transaction(transaction, tag, afv);
             TV_PASS_ON(TVSerialisationEntry::write_tagged_field(C_DlmtTransaction, out, "%s",
                                                                 tag.c_str()));
         }
@@ -1045,6 +1049,7 @@ int TVDatabase::read(std::istream& in, bool partial, bool skip_saved)
     bool thrown = false;
     d->m_partialGoodBytes = static_cast<long>(headerBytes);
     d->m_partialNextTag = 0;
+    d->m_partialOps.clear();
     for (const Block& block : blocks) {
         try {
             failed = read_block(rest.substr(block.begin, block.end - block.begin), partial,
@@ -1096,6 +1101,7 @@ int TVDatabase::read_block(const std::string& text, bool partial, bool skip_save
     bool localSkip = skip;
     int localMax = max_id;
     int nextTag = d->m_partialNextTag;
+    std::map<int, std::string> ops;
     const int lastSave = d->m_index.get_last_save();
     for (int i = 0; i < entries.get_nserentries(); ++i) {
         const TVSerialisationEntry& entry = *entries.get_serentry(i);
@@ -1109,8 +1115,12 @@ int TVDatabase::read_block(const std::string& text, bool partial, bool skip_save
                                    version, C_LatestFileVersion);
                 d->m_databaseFileVersion = version;
             } else if (entry.get_tag() == C_DlmtTransaction && partial) {
-                const int id = TVDBTransaction::read_transaction_tag(entry.get_value());
+                const std::string& tag = entry.get_value();
+                const int id = TVDBTransaction::read_transaction_tag(tag);
                 nextTag = std::max(nextTag, id + 1);
+                const size_t colon = tag.find(':');
+                if (id >= 0 && colon != std::string::npos)
+                    ops[id] = tag.substr(colon + 1);
                 localSkip = d->m_index.get_status(id) != TVDBTransaction::E_Active ||
                             (skip_saved && id < lastSave);
             }
@@ -1152,6 +1162,7 @@ int TVDatabase::read_block(const std::string& text, bool partial, bool skip_save
     skip = localSkip;
     max_id = localMax;
     d->m_partialNextTag = nextTag;
+    d->m_partialOps.insert(ops.begin(), ops.end());
     if (!blockDb.empty())
         db_text = blockDb;
     return TVErrC_ok;
@@ -1230,10 +1241,17 @@ int TVDatabase::load(const std::string& file, bool read_only, bool create_file,
         ++d->m_loadID;
         d->m_lastFullWrite = d->m_lastPartialWrite = get_counter(true);
         if (use_partial && has_partial("")) {
-            // A damaged session file must not cost the main file: the
-            // warning stays recorded and the load goes on.
+            // A damaged session file must not cost the main file: what
+            // reads whole is applied, the file as it was is kept aside, the
+            // warning stays recorded and the load goes on. One that can't
+            // be opened at all stops the load, for the user to decide on.
             const int result = load_partial(true);
-            (void)result;
+            if (d->m_partialUnread) {
+                clear_objects();
+                d->m_isLoaded = false;
+                d->m_isResolved = false;
+                return result;
+            }
         }
         TV_PASS_ON(upgrade_appfileversion());
         TV_PASS_ON(initialise(true));
@@ -1306,10 +1324,10 @@ int TVDatabase::load_partial(bool skip_saved)
             return TVErrC_ok;
         // An unreadable index only costs the skipping of saved blocks:
         // replaying them onto the main file changes nothing.
-        const int indexResult = d->m_index.load();
-        (void)indexResult;
+        const bool logged = tv_file_exists(d->m_indexFile) && !istvwarn(d->m_index.load());
         std::string text;
-        if (istvwarn(tv_db_read_file(partial, text)))
+        d->m_partialUnread = istvwarn(tv_db_read_file(partial, text));
+        if (d->m_partialUnread)
             return tvwarning(TVErrC_CorruptPartial, TVLOCATION, "Could not open the file %s",
                              partial.c_str());
         std::istringstream in(text);
@@ -1321,8 +1339,9 @@ int TVDatabase::load_partial(bool skip_saved)
         }
         // New transactions go after every tag in the file, even when the
         // log lost records: a shared tag would tie a new operation's undo
-        // to an old block.
-        d->m_index.reserve(d->m_partialNextTag);
+        // to an old block. Records a crash cut off the log's end (they
+        // aren't flushed) come back from the blocks' transaction lines.
+        d->m_index.recover(d->m_partialNextTag, d->m_partialOps, logged);
         mark_changed(TVLOCATION, true);
         d->m_partialAhead = true;
         // A read-only load (a check of the files) leaves every file as it
@@ -1579,8 +1598,8 @@ int TVDatabase::save(bool mark_write, bool manual, bool verify_file)
             TV_PASS_ON(tv_create_dir(tv_dirname(base), true));
             const std::string& source = d->m_index.size() == 0 ? newFile : oldFile;
             if (d->m_index.size() == 0 || existed) {
+                // The copy's bytes are flushed before it takes the name.
                 TV_PASS_ON(tv_copy_file(source, base, true, true));
-                TV_PASS_ON(tv_sync_file(base));
             }
             d->m_baseFile = base;
         }
@@ -1647,8 +1666,40 @@ int TVDatabase::save_partial(const std::string& transaction)
         std::error_code ec;
         const bool first = !tv_file_exists(partial) || std::filesystem::file_size(partial, ec) == 0;
         std::ostringstream block;
-        TV_PASS_ON(write(block, d->m_lastPartialWrite, first, transaction, -1));
-        TV_PASS_ON(tv_db_write_file(partial, block.str(), true));
+        // The block, with its transaction line, is the operation's one
+        // flushed write; the index record follows unflushed, and a load
+        // rebuilds it from the block if a crash lost it.
+        const int logged = d->m_index.size();
+        int result = TVErrC_ok;
+        try {
+            result = write(block, d->m_lastPartialWrite, first, transaction, -1);
+            if (!istvwarn(result))
+                result = tv_db_write_file(partial, block.str(), true);
+        } catch (const TVErrDetails&) {
+            if (d->m_index.size() > logged)
+                d->m_index.drop_last();
+            tv_trail_throw(TVLOCATION);
+        }
+        if (istvwarn(result)) {
+            if (d->m_index.size() > logged)
+                d->m_index.drop_last();
+            return tv_trail_return(result, TVLOCATION);
+        }
+        if (d->m_index.size() > logged) {
+            // The operation is on the disk with its block: a log record
+            // that didn't follow is rebuilt from the block by the next load.
+            int logResult = TVErrC_ok;
+            try {
+                logResult = d->m_index.log_last();
+            } catch (const TVErrDetails&) {
+                logResult = tverrorvalue();
+            }
+            if (istvwarn(logResult)) {
+                tvlog(TVLOCATION, "Index record of %s not written; its block stands",
+                      transaction.c_str());
+                get_tverror()->clear_last_error();
+            }
+        }
         d->m_lastPartialWrite = get_counter(true);
         d->m_firstPartialWrite = false;
         d->m_partialAhead = true;

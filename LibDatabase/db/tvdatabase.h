@@ -264,7 +264,8 @@ public:
 
     // Writes the header (unless since is non-zero and not first), a
     // transaction line (with a transaction and since above 0; the
-    // transaction is logged in the index first), this database's record if
+    // transaction is added to the index, and save_partial logs it once the
+    // block is on the disk), this database's record if
     // it changed since since (always with since 0), and the objects: since
     // 0, all but tombstones older than C_TombstoneDays; since above 0, those
     // changed since then; since below 0, all.

@@ -107,39 +107,49 @@ const TVDBTransaction* TVDBIndex::get_transaction(int id) const
     return id >= 0 && id < size() ? m_transactions[static_cast<size_t>(id)].get() : nullptr;
 }
 
-void TVDBIndex::reserve(int next)
+void TVDBIndex::recover(int next, const std::map<int, std::string>& ops, bool logged)
 {
-    while (size() < next)
-        m_transactions.push_back(std::make_unique<TVDBTransaction>(size(), ""));
+    while (size() < next) {
+        const auto it = ops.find(size());
+        const std::string operation = logged && it != ops.end() ? it->second : std::string();
+        m_transactions.push_back(std::make_unique<TVDBTransaction>(size(), operation));
+    }
 }
 
-int TVDBIndex::add_transaction(const std::string& operation, std::string& tag, int version)
+void TVDBIndex::add_transaction(const std::string& operation, std::string& tag, int version)
 {
-    try {
-        m_version = version;
-        m_transactions.push_back(std::make_unique<TVDBTransaction>(size(), operation));
-        tag = m_transactions.back()->write_tag();
-        TV_PASS_ON(write_transaction(*m_transactions.back()));
+    m_version = version;
+    m_transactions.push_back(std::make_unique<TVDBTransaction>(size(), operation));
+    tag = m_transactions.back()->write_tag();
+}
+
+int TVDBIndex::log_last()
+{
+    if (m_transactions.empty())
         return TVErrC_ok;
-    } catch (const TVErrDetails&) {
-        tv_trail_throw(TVLOCATION);
-    }
+    return append_record(C_TransactionStart, *m_transactions.back(), false);
+}
+
+void TVDBIndex::drop_last()
+{
+    if (!m_transactions.empty())
+        m_transactions.pop_back();
 }
 
 int TVDBIndex::write_transaction(const TVDBTransaction& transaction)
 {
-    return append_record(C_TransactionStart, transaction);
+    return append_record(C_TransactionStart, transaction, true);
 }
 
 int TVDBIndex::mark_save()
 {
     m_lastSave = size();
-    return write_index();
+    return write_index(false);
 }
 
-int TVDBIndex::write_index()
+int TVDBIndex::write_index(bool sync)
 {
-    return append_record(C_IndexStart, *this);
+    return append_record(C_IndexStart, *this, sync);
 }
 
 int TVDBIndex::get_status(int id) const
@@ -200,14 +210,14 @@ int TVDBIndex::redo()
     return flip(TVDBTransaction::E_Undone, TVDBTransaction::E_Active, false);
 }
 
-int TVDBIndex::append_record(const char* tag, const TVObject& record)
+int TVDBIndex::append_record(const char* tag, const TVObject& record, bool sync)
 {
     if (m_fileName.empty())
         return TVErrC_ok;
     try {
         std::ostringstream text;
         TV_PASS_ON(TVSerialisationEntry::write_tagged_class(tag, record, text, m_version));
-        TV_PASS_ON(tv_db_write_file(m_fileName, text.str(), true));
+        TV_PASS_ON(tv_db_write_file(m_fileName, text.str(), true, sync));
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

@@ -17,6 +17,7 @@
 #include "LibObject/object/tvobject.h"
 
 #include <iosfwd>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -49,18 +50,29 @@ public:
     // Null for an id out of range.
     const TVDBTransaction* get_transaction(int id) const;
 
-    // Ids below next are taken: the partial file holds blocks under them,
-    // whether or not their records survived in the log. Missing ones stand
-    // as placeholders, so a new transaction never shares a block's tag.
-    void reserve(int next);
-    // Appends a new active transaction, logs it, and gives its tag.
-    [[nodiscard]] int add_transaction(const std::string& operation, std::string& tag, int version);
-    // Appends one "@T:" record; nothing without a file name.
+    // Ids below next are taken: the partial file holds blocks under them.
+    // A block is on the disk before its record is (the record isn't
+    // flushed), so a crash can lose the last records: with logged set (the
+    // log was read from its file), the ids missing at its end come back as
+    // active transactions under the operations their blocks name (ops, by
+    // id). Others stand as placeholders: with the whole log lost nobody
+    // knows what was undone, so they are no undo targets. Either way a new
+    // transaction never shares a block's tag.
+    void recover(int next, const std::map<int, std::string>& ops, bool logged);
+    // Appends a new active transaction in memory and gives its tag. Its
+    // record goes to the file by log_last, once its block is on the disk;
+    // drop_last takes it back when the block could not be written.
+    void add_transaction(const std::string& operation, std::string& tag, int version);
+    [[nodiscard]] int log_last();
+    void drop_last();
+    // Appends one "@T:" record, flushed; nothing without a file name.
     [[nodiscard]] int write_transaction(const TVDBTransaction& transaction);
-    // The last full save holds every transaction so far.
+    // The last full save holds every transaction so far. Its "@I:" record
+    // isn't flushed: without it the saved blocks replay onto the main
+    // file, which changes nothing.
     [[nodiscard]] int mark_save();
     // Appends one "@I:" record; nothing without a file name.
-    [[nodiscard]] int write_index();
+    [[nodiscard]] int write_index(bool sync);
     // -1 when no save is recorded.
     int get_last_save() const { return m_lastSave; }
     // 0 (active) for an id out of range: a block whose transaction never
@@ -89,7 +101,7 @@ public:
     [[nodiscard]] int redo();
 
 private:
-    [[nodiscard]] int append_record(const char* tag, const TVObject& record);
+    [[nodiscard]] int append_record(const char* tag, const TVObject& record, bool sync);
     [[nodiscard]] int read_records(const std::string& text);
     // Last of that status searching from the end, else the first; null if none.
     TVDBTransaction* find_status(int status, bool from_end) const;

@@ -27,7 +27,7 @@ void cut_back(const std::string& name, bool append, std::uintmax_t size)
 }
 } // namespace
 
-int tv_db_write_file(const std::string& name, const std::string& text, bool append)
+int tv_db_write_file(const std::string& name, const std::string& text, bool append, bool sync)
 {
     try {
         TV_PASS_ON(tv_create_dir(tv_dirname(name), true));
@@ -46,6 +46,8 @@ int tv_db_write_file(const std::string& name, const std::string& text, bool appe
                 return tverror(TVErrC_FileWrite, TVLOCATION, "Failed write of %s", name.c_str());
             }
         }
+        if (!sync)
+            return TVErrC_ok;
         int result = TVErrC_ok;
         try {
             result = tv_sync_file(name);

@@ -4,7 +4,9 @@
 // tv_db_write_file: the one way the database puts bytes on the disk.
 //
 // Writes text to name in one call (replacing the file, or appended to it),
-// then flushes it to the disk: TVErrC_ok means the bytes are there. The
+// then, with sync, flushes it to the disk: TVErrC_ok means the bytes are
+// there. Without sync they are as safe as the next flush of the file (a
+// record that can be rebuilt from what was flushed). The
 // directory is made first. Failures, each naming the file:
 //   the warning TVErrC_FileCreate "Could not create the file %s" (open),
 //   the error TVErrC_FileWrite "Failed write of %s" (write),
@@ -17,7 +19,8 @@
 
 #include <string>
 
-[[nodiscard]] int tv_db_write_file(const std::string& name, const std::string& text, bool append);
+[[nodiscard]] int tv_db_write_file(const std::string& name, const std::string& text, bool append,
+                                   bool sync = true);
 
 // The whole file into text. TVFileFaults' E_OpRead on name, or a file that
 // won't open: the warning TVErrC_FileOpen "Could not open the file %s".

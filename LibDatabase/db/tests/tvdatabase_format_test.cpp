@@ -3,6 +3,7 @@
 
 #include "LibDatabase/db/tests/tvdbfiletest.h"
 
+#include "LibCore/fileutils/tvfilefaults.h"
 #include "LibCore/fileutils/tvfileutils.h"
 
 #include <filesystem>
@@ -235,6 +236,46 @@ TEST_F(DatabaseFormatTest, PartialBlocksAlreadySavedAreSkippedAndLaterOnesReplac
     std::unique_ptr<TVDatabase> db = reopen();
     EXPECT_EQ(names(*db), (std::set<std::string>{"a2"}));
     EXPECT_EQ(db->get_nobjects(), 1);
+}
+
+// Leftovers of a session and a session file that won't open stop the load
+// with their own codes, so that the user can be asked; nothing is lost.
+TEST_F(DatabaseFormatTest, LeftoversAndAnUnopenableSessionFileStopTheLoadForTheUser)
+{
+    std::string partial;
+    {
+        std::unique_ptr<TVDatabase> db = reopen();
+        ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+        ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+        ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+        partial = db->get_partial_filename();
+    }
+    spill(m_file + ".new", "half a save");
+    const auto load = [this](TVDatabase& db, bool remove) {
+        db.set_app_type(C_AppType);
+        return db.load(m_file, false, "", true, true, remove);
+    };
+    {
+        TVDatabase db;
+        EXPECT_TRUE(istvwarn(load(db, false)));
+        EXPECT_EQ(get_tverror()->get_code(), TVDatabase::TVErrC_Intermediate);
+        take_messages();
+    }
+    {
+        TVDatabase db;
+        TVFileFaults unreadable([&](TVFileFaults::E_FileOp op, const std::string& path,
+                                    const std::string&) {
+            return op == TVFileFaults::E_OpRead && path == partial;
+        });
+        EXPECT_TRUE(istvwarn(load(db, true)));
+        EXPECT_EQ(get_tverror()->get_code(), TVDatabase::TVErrC_CorruptPartial);
+        EXPECT_FALSE(db.is_loaded());
+        take_messages();
+    }
+    TVDatabase db;
+    ASSERT_EQ(load(db, true), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(db), (std::set<std::string>{"a", "b"}));
+    EXPECT_FALSE(tv_file_exists(m_file + ".new"));
 }
 
 } // namespace

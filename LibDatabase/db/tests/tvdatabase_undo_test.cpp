@@ -4,6 +4,7 @@
 
 #include "LibDatabase/db/tests/tvdbfiletest.h"
 
+#include "LibCore/fileutils/tvfilefaults.h"
 #include "LibCore/fileutils/tvfileutils.h"
 
 #include <algorithm>
@@ -206,6 +207,36 @@ TEST_F(DatabaseUndoTest, NewTransactionsTakeNoTagOfTheBlocksALostLogLeft)
     db = reload_keeping_log();
     EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
     EXPECT_EQ(db->get_redo_operation(), "Add c");
+}
+
+// The block is the operation's one flushed write; a crash that cut the
+// unflushed log records behind it loses neither the operation nor its undo.
+TEST_F(DatabaseUndoTest, AnOperationIsOneFlushAndALostLogRecordComesBackFromItsBlock)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+    const std::string index = db->get_index_filename();
+    const size_t logged = slurp(index).size();
+    int flushes = 0;
+    {
+        TVFileFaults count([&](TVFileFaults::E_FileOp op, const std::string&, const std::string&) {
+            flushes += op == TVFileFaults::E_OpSync;
+            return false;
+        });
+        ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+    }
+    EXPECT_EQ(flushes, 1);
+    db.reset();
+    spill(index, slurp(index).substr(0, logged));
+    db = reload_keeping_log();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
+    EXPECT_EQ(db->get_undo_operation(), "Add b");
+    ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"a"}));
+    ASSERT_EQ(add(*db, "c"), TVErrC_ok);
+    db = reload_keeping_log();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"a", "c"}));
+    EXPECT_EQ(db->get_redo_operation(), "Add b");
 }
 
 TEST_F(DatabaseUndoTest, UndoAfterAReloadReachesOperationsFromBeforeAnEarlierSave)
