@@ -24,7 +24,7 @@ const int C_DefaultKills = 30;
 const unsigned C_DefaultSeed = 20240602;
 // Long enough to land anywhere from the child's start to deep into its
 // script, short enough to keep make check quick.
-const int C_MaxDelayMs = 500;
+const int C_MaxDelayMs = 250;
 const int C_WaitMs = 30000;
 
 long env_number(const char* name, long fallback)

@@ -14,6 +14,10 @@ const char* const C_StepPrefix = "step ";
 // C_SnapshotEvery-th, so kills land inside them as well.
 const int C_SaveEvery = 7;
 const int C_SnapshotEvery = 23;
+// After every C_RestartEvery-th step the file is saved, closed and opened
+// again, as a restart of the program does: the close folds the log, which
+// undo replays whole, so the log stays short over a long run.
+const int C_RestartEvery = 29;
 // Every C_UndoEvery-th step is taken back and put again. Prime to the
 // cycle of five that picks each step's kind, so adds, changes and deletes
 // all get undone.
@@ -111,9 +115,15 @@ int TVDBCrashScript::apply(TVDatabase& db, int step)
         TV_PASS_ON(db.redo());
     }
     if (step % C_SnapshotEvery == C_SnapshotEvery - 1)
-        return db.save_snapshot(false);
-    if (step % C_SaveEvery == C_SaveEvery - 1)
-        return db.save(true, false, false);
+        TV_PASS_ON(db.save_snapshot(false));
+    else if (step % C_SaveEvery == C_SaveEvery - 1)
+        TV_PASS_ON(db.save(true, false, false));
+    if (step % C_RestartEvery == C_RestartEvery - 1) {
+        const std::string file = db.get_filename();
+        TV_PASS_ON(db.save(true, false, false));
+        TV_PASS_ON(db.unload());
+        TV_PASS_ON(db.load(file, true, std::string(), true, true, true));
+    }
     return TVErrC_ok;
 }
 

@@ -19,8 +19,9 @@ public:
     // The step a database's comment says comes next; 0 for a fresh one.
     static int next_step(const TVDatabase& db);
     // Does step on db, ending in complete_operation (then an undo and a
-    // redo, for some steps), and sometimes a full save or a snapshot after
-    // it. TVErrC_ok once all of it is on the disk.
+    // redo, for some steps), and sometimes a full save, a snapshot, or a
+    // save, close and reopen after it. TVErrC_ok once all of it is on the
+    // disk.
     [[nodiscard]] static int apply(TVDatabase& db, int step);
     // Redoes what a kill left undone: the second half of an undone and
     // redone step. The step then stands whole.
