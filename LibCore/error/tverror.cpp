@@ -587,7 +587,11 @@ std::string tvlocation(const char* file, int line)
     for (const char* p = name; *p != '\0'; ++p)
         if (*p == '/' || *p == '\\')
             name = p + 1;
-    return tv_sprintf("%s:%d", name, line);
+    // Every mark_changed builds one of these: no printf on that road.
+    std::string location(name);
+    location += ':';
+    location += std::to_string(line);
+    return location;
 }
 
 bool istvwarn(int value)

@@ -197,6 +197,8 @@ struct TVDatabase::TVDatabaseImpl {
     bool m_partialAhead = false;
     // The last load_partial could not open the partial file.
     bool m_partialUnread = false;
+    // Records (the database's and objects') the last write wrote.
+    int m_recordsWritten = 0;
 
     TVCondVar m_recalcSignal;
     TVMutex m_completeLock;
@@ -1007,8 +1009,11 @@ int TVDatabase::write(std::ostream& out, long since, bool first, const std::stri
             TV_PASS_ON(TVSerialisationEntry::write_tagged_field(C_DlmtTransaction, out, "%s",
                                                                 tag.c_str()));
         }
-        if (since == 0 || has_changed_since(since))
+        d->m_recordsWritten = 0;
+        if (since == 0 || has_changed_since(since)) {
             TV_PASS_ON(TVSerialisationEntry::write_tagged_class(C_ObjectStart, *this, out, afv));
+            ++d->m_recordsWritten;
+        }
         const TVDate cutoff = TVDateUtils::now() - TVDuration(C_TombstoneDays, 0, 0);
         for (const TVDBObject* object : d->m_objects) {
             if (since == 0 && object->is_deleted() && object->get_modify_time() < cutoff)
@@ -1016,6 +1021,7 @@ int TVDatabase::write(std::ostream& out, long since, bool first, const std::stri
             if (since > 0 && !object->has_changed_since(since))
                 continue;
             TV_PASS_ON(TVSerialisationEntry::write_tagged_class(C_ObjectStart, *object, out, afv));
+            ++d->m_recordsWritten;
         }
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
@@ -1657,6 +1663,13 @@ int TVDatabase::rotate_backups(const std::string& old_file)
 
 int TVDatabase::save_partial(const std::string& transaction)
 {
+    return append_block(transaction, false);
+}
+
+// With changed_only, a block that would hold no record is not written and
+// its transaction is taken back: one pass over the objects decides both.
+int TVDatabase::append_block(const std::string& transaction, bool changed_only)
+{
     try {
         TV_PASS_ON(check_writable(true));
         if (d->m_completeFile.empty())
@@ -1673,6 +1686,11 @@ int TVDatabase::save_partial(const std::string& transaction)
         int result = TVErrC_ok;
         try {
             result = write(block, d->m_lastPartialWrite, first, transaction, -1);
+            if (!istvwarn(result) && changed_only && d->m_recordsWritten == 0) {
+                if (d->m_index.size() > logged)
+                    d->m_index.drop_last();
+                return TVErrC_ok;
+            }
             if (!istvwarn(result))
                 result = tv_db_write_file(partial, block.str(), true);
         } catch (const TVErrDetails&) {
@@ -1717,8 +1735,10 @@ int TVDatabase::complete_operation(const std::string& operation)
                            d->m_completeFile.c_str());
         if (d->m_readOnly)
             return TVErrC_ok;
-        if (needs_save())
-            TV_PASS_ON(save_partial(operation));
+        // No tick of the clock since the last block: nothing can have
+        // changed, and no object need be looked at.
+        if (get_counter(false) > d->m_lastPartialWrite)
+            TV_PASS_ON(append_block(operation, true));
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

@@ -407,6 +407,7 @@ private:
                                     const std::string& old_base, const std::string& old_partial,
                                     bool manual);
     [[nodiscard]] int rebuild_after(int index_result);
+    [[nodiscard]] int append_block(const std::string& transaction, bool changed_only);
     // Loaded and holding id (the database included); otherwise reports
     // and returns null.
     TVDBObject* find_for_edit(int id) const;

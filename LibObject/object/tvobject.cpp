@@ -14,8 +14,10 @@
 
 #include <algorithm>
 #include <istream>
+#include <memory>
 #include <ostream>
 #include <sstream>
+#include <vector>
 
 using namespace TVSerialForm;
 
@@ -31,6 +33,47 @@ bool G_PurgeUnhandled = false;
 namespace {
 
 using Entries = TVPtrArray<TVSerialisationEntry>;
+
+// A string stream is costly to make (it builds its locale's facets), and a
+// member's value is read and written through one: each depth of nesting
+// reuses its own, set back to a fresh stream's state. Nested objects read
+// and write their members inside a member's read or write, hence depths.
+template <class Stream>
+class ReusedStream
+{
+public:
+    ReusedStream() : m_depth(depth()++)
+    {
+        std::vector<std::unique_ptr<Stream>>& all = pool();
+        if (all.size() <= m_depth)
+            all.push_back(std::make_unique<Stream>());
+        Stream& stream = *all[m_depth];
+        stream.str(std::string());
+        stream.clear();
+        stream.flags(std::ios_base::skipws | std::ios_base::dec);
+        stream.precision(6);
+        stream.width(0);
+        stream.fill(' ');
+    }
+    ~ReusedStream() { --depth(); }
+    ReusedStream(const ReusedStream&) = delete;
+    ReusedStream& operator=(const ReusedStream&) = delete;
+
+    Stream& get() { return *pool()[m_depth]; }
+
+private:
+    static std::vector<std::unique_ptr<Stream>>& pool()
+    {
+        thread_local std::vector<std::unique_ptr<Stream>> streams;
+        return streams;
+    }
+    static size_t& depth()
+    {
+        thread_local size_t level = 0;
+        return level;
+    }
+    size_t m_depth;
+};
 
 bool is_field(const TVSerialisationEntry& entry)
 {
@@ -53,7 +96,9 @@ int consume_entries(Entries& entries, TVSrl& srl, Match match, bool& found)
             ++i;
             continue;
         }
-        std::istringstream text(entries[i]->get_value());
+        ReusedStream<std::istringstream> lease;
+        std::istringstream& text = lease.get();
+        text.str(entries[i]->get_value());
         (void)entries.erase(i); // i is in range
         found = true;
         const int result = srl.read(text);
@@ -91,11 +136,12 @@ void move_tagged_values(Entries& entries, const std::string& tag, Add add)
     }
 }
 
-int check_written(const std::ostream& out, const std::string& location)
+// Called for every line written: the location is only made on a failure.
+int check_written(const std::ostream& out, const char* file, int line)
 {
     if (out)
         return TVErrC_ok;
-    return tvwarning(TVErrC_FileWrite, location, "Write operation failed.");
+    return tvwarning(TVErrC_FileWrite, tvlocation(file, line), "Write operation failed.");
 }
 
 } // namespace
@@ -343,7 +389,7 @@ int TVObject::write_class(std::ostream& out, int version) const
             return TVErrC_ok;
         out << C_ClassStart << entry->get_name() << '\n';
         out.flush();
-        result = check_written(out, TVLOCATION);
+        result = check_written(out, __FILE__, __LINE__);
         if (istvwarn(result))
             return result;
         // serialise is one body for both directions; writing changes nothing.
@@ -354,7 +400,7 @@ int TVObject::write_class(std::ostream& out, int version) const
             return tv_trail_return(result, TVLOCATION);
         out << C_ClassEnd << '\n';
         out.flush();
-        return check_written(out, TVLOCATION);
+        return check_written(out, __FILE__, __LINE__);
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
@@ -483,7 +529,8 @@ int TVObject::serialise_value(std::istream* in, std::ostream* out, const std::st
             for (int i = 0; i < count; ++i) {
                 if (srl.is_default())
                     continue;
-                std::ostringstream text;
+                ReusedStream<std::ostringstream> lease;
+                std::ostringstream& text = lease.get();
                 int result = srl.write(text, i);
                 // Escaped here and again as part of the line; only the line's
                 // escape is undone before read() sees the text.
@@ -540,7 +587,7 @@ int TVObject::serialise_object(std::istream* in, std::ostream* out, const std::s
             const int count = srl.get_nentries();
             for (int i = 0; i < count; ++i) {
                 *out << C_ClassTag << tv_stream_out(ctag) << '\n';
-                int result = check_written(*out, TVLOCATION);
+                int result = check_written(*out, __FILE__, __LINE__);
                 if (istvwarn(result))
                     return result;
                 result = srl.write(*out, i);

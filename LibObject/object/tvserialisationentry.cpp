@@ -16,11 +16,12 @@ using namespace TVSerialForm;
 
 namespace {
 
-int check_written(const std::ostream& out, const std::string& location)
+// Called for every line written: the location is only made on a failure.
+int check_written(const std::ostream& out, const char* file, int line)
 {
     if (out)
         return TVErrC_ok;
-    return tvwarning(TVErrC_FileWrite, location, "Write operation failed.");
+    return tvwarning(TVErrC_FileWrite, tvlocation(file, line), "Write operation failed.");
 }
 
 } // namespace
@@ -122,7 +123,7 @@ int TVSerialisationEntry::write_entry(std::ostream& out) const
         case E_TaggedClass:
             out << m_value;
             out.flush();
-            return check_written(out, TVLOCATION);
+            return check_written(out, __FILE__, __LINE__);
         default:
             return tverror(TVErrC_CaseMissing, TVLOCATION, "Unknown entry type %d",
                            static_cast<int>(m_entryType));
@@ -145,8 +146,7 @@ int TVSerialisationEntry::write_tagged_field(const std::string& tag, const std::
     line += C_FieldMark;
     line += value;
     out << tv_stream_out(line) << '\n';
-    out.flush();
-    return check_written(out, TVLOCATION);
+    return check_written(out, __FILE__, __LINE__);
 }
 
 int TVSerialisationEntry::write_tagged_field(const std::string& tag, std::ostream& out,
@@ -173,8 +173,7 @@ int TVSerialisationEntry::write_raw_data(const std::string& value, std::ostream&
     if (!text.empty() && is_reserved_first(text[0]))
         out << C_Escape;
     out << text << '\n';
-    out.flush();
-    return check_written(out, TVLOCATION);
+    return check_written(out, __FILE__, __LINE__);
 }
 
 int TVSerialisationEntry::write_tagged_class(const std::string& tag, const TVObject& object,
@@ -182,7 +181,7 @@ int TVSerialisationEntry::write_tagged_class(const std::string& tag, const TVObj
 {
     try {
         out << C_ClassTag << tv_stream_out(tag) << '\n';
-        int result = check_written(out, TVLOCATION);
+        int result = check_written(out, __FILE__, __LINE__);
         if (istvwarn(result))
             return result;
         result = object.write_class(out, version);

@@ -230,6 +230,10 @@ TEST_F(DatabaseFormatTest, PartialBlocksAlreadySavedAreSkippedAndLaterOnesReplac
         // No change, no block, no transaction.
         const int transactions = db->get_index().size();
         ASSERT_EQ(db->complete_operation("Nothing"), TVErrC_ok);
+        // Nor when the clock ticked for an object outside the database.
+        TVDBTestNode outside("x");
+        outside.mark_changed(TVLOCATION, true);
+        ASSERT_EQ(db->complete_operation("Nothing here"), TVErrC_ok);
         EXPECT_EQ(slurp(db->get_partial_filename()), partial);
         EXPECT_EQ(db->get_index().size(), transactions);
     }
