@@ -15,6 +15,7 @@
 #include "LibGui/qt/tvapplicationqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibGui/qt/tvmessageboxqt.h"
+#include "LibGui/qt/tvnotifylistqt.h"
 
 #include <QAction>
 #include <QApplication>
@@ -31,7 +32,8 @@ using tvdbflow::label;
 
 struct TVDBManagerQt::TVDBManagerQtImpl
 {
-    TVNotifyList m_notify;
+    // On the screen: the bar's tree, the tray and the badge follow it.
+    TVNotifyListQt m_notify;
     QTimer m_updateTimer;
     QTimer m_frequentTimer;
     QTimer m_detailTimer;
