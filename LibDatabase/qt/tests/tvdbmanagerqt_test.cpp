@@ -188,6 +188,28 @@ TEST_F(ManagerTest, ClosingAsksAboutChangesAndQuitWithCancelKeepsTheWindow)
     EXPECT_EQ(names(check).count("Bonds"), 1u);
 }
 
+TEST_F(ManagerTest, SuspendSavesAndPausesTheHeartbeatUntilTheProgramComesBack)
+{
+    start(60000);
+    ASSERT_EQ(add(*m_db, "Bonds"), TVErrC_ok);
+    m_window->app_state_changed(Qt::ApplicationSuspended);
+    EXPECT_FALSE(m_db->changed_since_full_write());
+    MathsDB check;
+    ASSERT_EQ(check.read(m_file, false, false), TVErrC_ok);
+    EXPECT_EQ(names(check).count("Bonds"), 1u);
+    m_clock.advance(601);
+    EXPECT_EQ(tick(), 0);
+
+    m_window->app_state_changed(Qt::ApplicationActive);
+    EXPECT_TRUE(m_window->interaction_timer_active());
+    m_window->interact_timer_expired();
+    EXPECT_EQ(tick(), 1);
+
+    m_window->app_state_changed(Qt::ApplicationSuspended);
+    m_window->app_state_changed(Qt::ApplicationInactive);
+    EXPECT_EQ(tick(), 1);
+}
+
 // The whole life of a file in a throwaway window: a process that opened
 // it finished an operation and was killed; the window finds the operation
 // (and the dead process's lock), edits, autosaves, undoes, and closes.
