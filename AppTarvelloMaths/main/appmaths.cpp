@@ -4,12 +4,15 @@
 #include <memory>
 #include <ostream>
 
+#include "AppTarvelloMaths/maths/mathsdb.h"
 #include "AppTarvelloMaths/qt/art/mathsimages.h"
+#include "AppTarvelloMaths/qt/mathsmainqt.h"
 #include "LibCore/error/tverror.h"
 #include "LibCore/log/tvdump.h"
 #include "LibCore/param/tvparamcmdline.h"
 #include "LibCore/param/tvparamfile.h"
 #include "LibCore/param/tvparamvaluegroup.h"
+#include "LibDate/date/tvdateparser.h"
 
 const char* const AppMaths::C_FileExtension = ".tvmaths";
 
@@ -41,7 +44,11 @@ AppMaths::AppMaths(int argc, char** argv, TVQtApp& app) : TVApplicationQt(argc, 
     m_mathsDB.clear();
 }
 
-AppMaths::~AppMaths() = default;
+AppMaths::~AppMaths()
+{
+    // The window refers to the database: it goes first.
+    delete m_mainWindow.data();
+}
 
 void AppMaths::dump(std::ostream& out, int indent) const
 {
@@ -69,15 +76,19 @@ int AppMaths::parameters(TVParam& /*param*/, TVParamCmdLine& cmdline, TVParamFil
 
 int AppMaths::run()
 {
-    if (!m_openRequest.empty())
-        m_mathsDB = m_openRequest;
-    // The windows come later; until then say so once and end the loop so
-    // that the program returns. The warning is settled here rather than
-    // carried up, where every level would echo it again.
-    const int value = tvwarnuser(TVErrC_InvalidState, TVLOCATION,
-                                 "Tarvello Maths has no window yet; nothing to show for %s.",
-                                 m_mathsDB.empty() ? "the last file" : m_mathsDB.c_str());
-    get_tverror()->clear_all();
-    QCoreApplication::exit(TVErrC_ok);
-    return istvwarn(value) ? TVErrC_ok : value;
+    try {
+        if (!m_openRequest.empty())
+            m_mathsDB = m_openRequest;
+        // Reminders and schedules read dates as text.
+        tv_install_date_parser();
+        // No cloud service is built in: files are shared through the file system.
+        m_db = std::make_unique<MathsDB>();
+        MathsDB::add_database(m_db.get());
+        m_mainWindow = new MathsMainQt(*m_db, nullptr);
+        m_mainWindow->setAttribute(Qt::WA_DeleteOnClose);
+        TV_PASS_ON(m_mainWindow->start(m_mathsDB, false, 60000, 300000, "maths", 0));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
 }

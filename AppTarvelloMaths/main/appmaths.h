@@ -1,12 +1,17 @@
 #ifndef APPMATHS_H
 #define APPMATHS_H
 
+#include <QPointer>
+
 #include <iosfwd>
+#include <memory>
 #include <string>
 
+#include "AppTarvelloMaths/qt/mathsmainqt.h"
 #include "LibGui/qt/tvapplicationqt.h"
 
-class MathsMainQt;
+class MathsDB;
+
 
 // The maths program's application object: its identity, its one
 // positional parameter (the maths file to open) and its start.
@@ -25,8 +30,12 @@ public:
     int run() override;
     int parameters(TVParam& param, TVParamCmdLine& cmdline, TVParamFile& file) override;
 
-    // The maths file to open; empty for the last one used.
+    // The maths file to open; empty for the default file.
     const std::string& get_mathsdb() const { return m_mathsDB; }
+    // The main window from run() until it closes; null otherwise.
+    MathsMainQt* get_main_window() const { return m_mainWindow.data(); }
+    // The database run() made; null before.
+    MathsDB* get_db() const { return m_db.get(); }
 
     static TVAppIdentity identity();
 
@@ -35,7 +44,9 @@ private:
     // A file the system asked us to open; it wins over the command line,
     // which is read after such an early request.
     std::string m_openRequest;
-    MathsMainQt* m_mainWindow = nullptr;
+    // The window deletes itself on close; the database outlives it.
+    QPointer<MathsMainQt> m_mainWindow;
+    std::unique_ptr<MathsDB> m_db;
 };
 
 #endif

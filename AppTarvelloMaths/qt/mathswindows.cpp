@@ -1,16 +1,18 @@
 #include "AppTarvelloMaths/qt/mathswindows.h"
 
+#include "AppTarvelloMaths/qt/goexerciseqt.h"
 #include "LibCore/error/tverror.h"
 #include "LibGui/qt/tvsettingsformqt.h"
 
-// The run window, the exercise editor and the preferences page are being
-// written beside this; until they are in, each call says so.
+// The exercise editor and the preferences page are being written beside
+// this; until they are in, each call says so.
 
-int MathsWindows::open_run(MathsDB&, int goId, QWidget*, QWidget*& window)
+int MathsWindows::open_run(MathsDB& db, int goId, QWidget* parent, QWidget*& window)
 {
-    window = nullptr;
-    return tvwarning(TVErrC_InvalidState, TVLOCATION,
-                     "The run window is not available in this build (run %d).", goId);
+    GoExerciseQt* run = nullptr;
+    const int result = GoExerciseQt::start_exercise(db, goId, parent, &run);
+    window = run;
+    return result;
 }
 
 int MathsWindows::open_exercise_list(MathsDB&, QWidget*, QWidget*& window)

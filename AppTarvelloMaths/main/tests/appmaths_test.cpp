@@ -7,8 +7,10 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include "AppTarvelloMaths/maths/mathsdb.h"
 #include "LibCore/error/tverror.h"
 #include "LibCore/param/tvparam.h"
+#include "LibGui/qt/tvmessageboxscript.h"
 #include "LibGui/qt/tvqtapp.h"
 
 namespace {
@@ -43,11 +45,20 @@ protected:
         TVError::release();
     }
 
-    // Runs the start-up as the event loop does, with these arguments.
+    // Runs the start-up as the event loop does, until the main window has
+    // its file or has gone (a question about a missing file is cancelled).
     void start(AppMaths& maths)
     {
+        TVMessageBoxScript script;
         QTimer::singleShot(0, &maths, &TVApplicationQt::app_started);
-        QTimer::singleShot(5000, [] { QCoreApplication::exit(99); }); // safety net
+        QTimer poll;
+        QObject::connect(&poll, &QTimer::timeout, [&] {
+            if (maths.get_db() != nullptr &&
+                (maths.get_main_window() == nullptr || maths.get_db()->is_loaded()))
+                QCoreApplication::exit(0);
+        });
+        poll.start(10);
+        QTimer::singleShot(20000, [] { QCoreApplication::exit(99); }); // safety net
         EXPECT_EQ(QCoreApplication::exec(), 0);
     }
 
@@ -84,6 +95,12 @@ TEST_F(AppMathsTest, FileOpenEventBeforeTheApplicationObjectIsIgnored)
     AppMaths maths(1, argv, qt_app());
     start(maths);
     EXPECT_EQ(maths.get_mathsdb(), "");
+    // With no name the program opens its default file, made on first use.
+    ASSERT_NE(maths.get_main_window(), nullptr);
+    EXPECT_EQ(maths.get_db()->get_filename().rfind(
+                  home.filePath("data").toStdString() + "/Tarvello/TarvelloMaths/maths", 0),
+              0u);
+    EXPECT_TRUE(maths.get_main_window()->isVisible());
 }
 
 TEST_F(AppMathsTest, UrlWaitsUntilAWindowCanTakeIt)
