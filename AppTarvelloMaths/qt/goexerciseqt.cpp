@@ -484,9 +484,13 @@ void GoExerciseQt::close_pressed()
     tvhandle_error(result, TVSevWarning);
 }
 
-void GoExerciseQt::reject()
+void GoExerciseQt::dialog_done(int result, bool immediate)
 {
-    close_pressed();
+    if (!d->m_closing) {
+        close_pressed(); // comes back here with m_closing set
+        return;
+    }
+    TVDialogQt::dialog_done(result, immediate);
 }
 
 void GoExerciseQt::display_stats()

@@ -74,6 +74,9 @@ public:
     // Rebuilds the rows from the Go's questions.
     void update_display() override;
     void open_complete() override;
+    // However the window is ended (Escape, its title bar, the manager
+    // closing all), the run ends as Close ends it.
+    void dialog_done(int result, bool immediate) override;
     // Everything that changes during a run: the Go's completion and (with
     // stamp) its clock, the focus, the status text, the marker and the
     // rows' marks.
@@ -105,8 +108,6 @@ public slots:
     void field_changed(const QString& text);
     void close_pressed();
     void do_refresh();
-    // Escape and the window's own close button end the run as Close does.
-    void reject() override;
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
