@@ -1,0 +1,180 @@
+// The main window end to end on a new file: the welcome page, a times
+// table set up, run with a wrong answer among the right ones, closed, run
+// again faster for a record, the session's end, and the reminders. Time
+// moves only on the test's clock.
+
+#include "AppTarvelloMaths/qt/mathsmainqt.h"
+
+#include "AppTarvelloMaths/maths/session.h"
+#include "AppTarvelloMaths/qt/goexerciseqt.h"
+#include "AppTarvelloMaths/qt/tests/mathsqttest.h"
+#include "LibGui/base/tvnotifylist.h"
+#include "LibGui/base/tvnotifyscheme.h"
+#include "LibGui/qt/tvguideqt.h"
+#include "LibGui/qt/tvimageviewerqt.h"
+#include "LibGui/qt/tvlineeditqt.h"
+#include "LibGui/qt/tvtreewidgetqt.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QTest>
+#include <QTextBrowser>
+#include <QToolButton>
+
+namespace {
+
+class MathsMainQtTest : public MathsQtTest
+{
+protected:
+    void SetUp() override
+    {
+        MathsQtTest::SetUp();
+        GoExerciseQt::set_beep([this] { ++m_beeps; });
+        m_window = new MathsMainQt(*m_db, nullptr);
+        // As after a load: the window shows, then the first update draws it.
+        m_window->show_dialog();
+        m_window->update_display();
+    }
+    void TearDown() override
+    {
+        delete m_run.data();
+        delete m_window.data();
+        GoExerciseQt::set_beep(nullptr);
+        MathsQtTest::TearDown();
+    }
+
+    std::string status() const { return m_window->sessionStatus->text().toStdString(); }
+    int rows() const { return m_window->sessionTree->topLevelItemCount(); }
+    std::string cell(int row, int column) const
+    {
+        return m_window->sessionTree->topLevelItem(row)->text(column).toStdString();
+    }
+    // Presses the row's button and takes the run window it opens.
+    void press(int row)
+    {
+        QPushButton* button = m_window->row_button(row);
+        ASSERT_NE(button, nullptr);
+        QTest::mouseClick(button, Qt::LeftButton);
+        m_run = m_window->findChild<GoExerciseQt*>();
+        if (m_run == nullptr)
+            for (QWidget* top : QApplication::topLevelWidgets())
+                if (auto* run = qobject_cast<GoExerciseQt*>(top); run != nullptr && !run->is_closing())
+                    m_run = run;
+        ASSERT_NE(m_run, nullptr);
+        QApplication::setActiveWindow(m_run);
+    }
+    const Go& go() const { return *m_run->get_go(); }
+    std::string answer(int row) const { return go().get_question_no(row)->solution_text(); }
+    void type(int row, const std::string& text)
+    {
+        QTest::keyClicks(m_run->input_field(row), QString::fromStdString(text));
+    }
+    // Answers every question, the first at the present and the rest
+    // seconds later.
+    void run_all(long seconds)
+    {
+        type(0, answer(0));
+        m_clock.advance(seconds);
+        for (int i = 1; i < go().get_nquestions(); ++i)
+            type(i, answer(i));
+        ASSERT_TRUE(go().is_complete());
+    }
+    void close_run()
+    {
+        m_run->close_pressed();
+        QCoreApplication::processEvents();
+        flush_deletes();
+    }
+
+    QPointer<MathsMainQt> m_window;
+    QPointer<GoExerciseQt> m_run;
+    int m_beeps = 0;
+};
+
+} // namespace
+
+TEST_F(MathsMainQtTest, NewFileWelcomesThenRunsSevenTimesTablesToARecordAndFinishes)
+{
+    EXPECT_FALSE(m_window->guideForm->isHidden());
+    EXPECT_EQ(m_window->guideForm->get_page(), "maths_welcome.html");
+    EXPECT_EQ(status(), "\n    Finished");
+    EXPECT_FALSE(m_window->finishedButton->isHidden());
+    EXPECT_EQ(rows(), 0);
+
+    // The exercise editor isn't in yet: the exercise goes straight in.
+    add_tables({7}, 1, 12, 12);
+    ASSERT_EQ(m_db->update(), TVErrC_ok);
+    m_window->update_display();
+    EXPECT_TRUE(m_window->guideForm->isHidden());
+    ASSERT_EQ(rows(), 1);
+    EXPECT_EQ(cell(0, 1), "7 times tables");
+    EXPECT_EQ(m_window->row_button(0)->text(), "Go");
+    EXPECT_EQ(status(), "\n    1 Exercise to go");
+    EXPECT_TRUE(m_window->finishedButton->isHidden());
+
+    press(0);
+    // A wrong answer is emptied with a beep and counted.
+    const std::string wrong = answer(0) == "1" ? "2" : "1";
+    type(0, wrong);
+    EXPECT_EQ(m_run->input_field(0)->text(), "");
+    EXPECT_EQ(m_beeps, 1);
+    // A right one moves the focus on by itself.
+    type(0, answer(0));
+    EXPECT_EQ(QApplication::focusWidget(), static_cast<QWidget*>(m_run->input_field(1)));
+    m_clock.advance(30);
+    for (int i = 1; i < go().get_nquestions(); ++i)
+        type(i, answer(i));
+    ASSERT_TRUE(go().is_complete());
+    close_run();
+    EXPECT_EQ(m_window->get_viewer().get_path(), m_db->get_imagedir().empty()
+                                                     ? std::string(MathsDB::C_BuiltinImages[1])
+                                                     : m_window->get_viewer().get_path());
+    ASSERT_EQ(rows(), 1);
+    EXPECT_EQ(m_window->row_button(0)->text(), "Again");
+    EXPECT_EQ(cell(0, 2), "30.0");
+    EXPECT_EQ(cell(0, 3), "30.0");
+    EXPECT_EQ(status(), "\n    Finished");
+
+    // Again: a new row, and a faster run holds the record.
+    press(0);
+    ASSERT_EQ(rows(), 2);
+    EXPECT_EQ(m_window->row_button(0)->text(), "Again");
+    EXPECT_EQ(m_window->row_button(1)->text(), "Go");
+    run_all(20);
+    EXPECT_NE(m_run->status_field()->toPlainText().toStdString().find("Record Time!!"),
+              std::string::npos);
+    close_run();
+    EXPECT_EQ(cell(1, 2), "20.0");
+    EXPECT_EQ(cell(1, 3), "20.0");
+    EXPECT_EQ(m_window->sessionTree->topLevelItem(1)->background(2).color().alpha(), 0x80);
+    EXPECT_EQ(m_window->sessionTree->topLevelItem(0)->background(2).color(), QColor(Qt::transparent));
+    EXPECT_EQ(status(), "\n    Finished");
+    EXPECT_FALSE(m_window->finishedButton->isHidden());
+
+    // Finished: a new session with the exercise to do again.
+    m_window->exercise_finished();
+    ASSERT_EQ(rows(), 1);
+    EXPECT_EQ(m_window->row_button(0)->text(), "Go");
+    EXPECT_EQ(status(), "\n    1 Exercise to go");
+}
+
+TEST_F(MathsMainQtTest, RemindersAreLateUntilASessionStartsAfterThemAndTheNextIsScheduled)
+{
+    // 07:00, a session starts; reminders at 08:00 and 16:00; now 12:00.
+    m_clock.set(C_Start - 5 * 3600, 0);
+    ASSERT_EQ(m_db->start(), TVErrC_ok);
+    add_tables({7}, 1, 12, 12);
+    ASSERT_EQ(m_db->update(), TVErrC_ok);
+    m_db->edit_reminders() = {TVDuration(8 * 3600L), TVDuration(16 * 3600L)};
+    m_clock.set(C_Start, 0);
+    TVNotifyList list;
+    list.add_scheme(new TVNotifyScheme(MathsMainQt::C_NotifySession, "Maths",
+                                       TVNotifyScheme::C_ResponseBadge, "", true, TVColour()));
+    ASSERT_EQ(m_window->generate_notify(list), TVErrC_ok);
+    std::string text;
+    EXPECT_EQ(list.get_notify_state(text), MathsMainQt::C_NotifySession);
+    EXPECT_EQ(text.rfind("Reminder: ", 0), 0u) << text;
+    EXPECT_NE(text.find(" Maths Session"), std::string::npos);
+}
