@@ -1,11 +1,12 @@
 #include "AppTarvelloMaths/qt/mathswindows.h"
 
 #include "AppTarvelloMaths/qt/goexerciseqt.h"
+#include "AppTarvelloMaths/qt/mathspreferencesqt.h"
 #include "LibCore/error/tverror.h"
 #include "LibGui/qt/tvsettingsformqt.h"
 
-// The exercise editor and the preferences page are being written beside
-// this; until they are in, each call says so.
+// The exercise editor is being written beside this; until it is in, its
+// call says so.
 
 int MathsWindows::open_run(MathsDB& db, int goId, QWidget* parent, QWidget*& window)
 {
@@ -22,9 +23,9 @@ int MathsWindows::open_exercise_list(MathsDB&, QWidget*, QWidget*& window)
                      "The exercise list is not available in this build.");
 }
 
-TVSettingsFormQt* MathsWindows::make_preferences(MathsDB&)
+TVSettingsFormQt* MathsWindows::make_preferences(MathsDB& db)
 {
-    auto* form = new TVSettingsFormQt();
-    form->setWindowTitle("Tarvello Maths Preferences");
+    auto* form = new MathsPreferencesQt();
+    form->initialise(&db);
     return form;
 }
