@@ -102,6 +102,10 @@ void TVErrorQt::start(const TVErrDetails* details, int dialogSeverity, QWidget* 
         TVMessageBoxQt::get_answerer()(heading(copy.get_severity(), dialogSeverity), text(copy), {key});
         return;
     }
+    if (TVMessageBoxQt::unattended()) {
+        TVMessageBoxQt::report_unattended(heading(copy.get_severity(), dialogSeverity), text(copy), "Ok");
+        return;
+    }
     if (qApp == nullptr)
         return;
     if (parent == nullptr)

@@ -11,7 +11,8 @@
 // shows, because a slot that runs while it is open may clear the error
 // stack. While a message box answerer is set (tests), the dialog isn't
 // shown: the answerer gets the heading as the title, text() as the text and
-// the one label "Ok".
+// the one label "Ok". Where nobody could press Ok
+// (TVMessageBoxQt::unattended) it goes to standard error instead.
 
 #include <QDialog>
 #include <string>

@@ -4,6 +4,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include "LibGui/qt/tvmessageboxqt.h"
 #include "LibGui/qt/tvslotqt.h"
 
 namespace {
@@ -21,6 +22,10 @@ std::string TVFileSelectQt::choose(QWidget* parent, Kind kind, const std::string
 {
     if (chooser())
         return chooser()(kind, caption, dir, filter);
+    if (TVMessageBoxQt::unattended()) {
+        TVMessageBoxQt::report_unattended(caption, dir + " " + filter, "");
+        return std::string();
+    }
     const QString c = QString::fromStdString(caption);
     const QString d = QString::fromStdString(dir);
     const QString f = QString::fromStdString(filter);

@@ -5,7 +5,8 @@
 // the chosen path, or "" when the user cancelled.
 //
 // Tests choose instead of the user through set_chooser (or the scope object
-// TVFileSelectQt::Scoped); while a chooser is set nothing is shown.
+// TVFileSelectQt::Scoped); while a chooser is set nothing is shown. Where
+// nobody could choose (TVMessageBoxQt::unattended) it is cancelled at once.
 
 #include <functional>
 #include <string>

@@ -1,5 +1,6 @@
 #include "LibGui/qt/tvmessageboxqt.h"
 
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeySequence>
 #include <QLabel>
@@ -8,6 +9,7 @@
 #include <QTimer>
 #include <QVBoxLayout>
 #include <algorithm>
+#include <iostream>
 
 #include "LibCore/error/tverror.h"
 #include "LibGui/base/tvmessagebox.h"
@@ -18,6 +20,12 @@ TVMessageBoxQt::Answerer& answerer()
 {
     static TVMessageBoxQt::Answerer s_answerer;
     return s_answerer;
+}
+
+bool& show_unattended()
+{
+    static bool s_show = false;
+    return s_show;
 }
 
 } // namespace
@@ -149,6 +157,10 @@ std::string TVMessageBoxQt::start(QWidget* parent, const std::string& title, con
     TVMessageBoxQt box(parent, title, text, b1, b2, b3, b4, details);
     if (has_answerer())
         return box.answer_by_seam();
+    if (unattended()) {
+        report_unattended(title, text, box.m_escape);
+        return box.m_escape;
+    }
     box.exec();
     return box.get_key();
 }
@@ -178,6 +190,11 @@ TVMessageBoxQt* TVMessageBoxQt::open_async(TVMessageBoxQt* box, QObject* receive
         // the event loop, as a user's would be.
         const std::string key = box->answer_by_seam();
         QTimer::singleShot(0, box, [box, key] { box->finish(key); });
+        return box;
+    }
+    if (unattended()) {
+        report_unattended(box->m_title, box->m_text, box->m_escape);
+        QTimer::singleShot(0, box, [box] { box->finish(box->m_escape); });
         return box;
     }
     box->setWindowModality(Qt::WindowModal);
@@ -212,6 +229,26 @@ TVMessageBoxQt* TVMessageBoxQt::open_idlist(QWidget* parent, const std::string& 
     box->set_idlist(ids);
     return open_async(box, receiver, SIGNAL(sig_complete_idlist(std::string, TVIdList)), slot);
 }
+
+bool TVMessageBoxQt::unattended()
+{
+    if (has_answerer() || show_unattended())
+        return false;
+    if (qobject_cast<QGuiApplication*>(QCoreApplication::instance()) == nullptr)
+        return true;
+    const QString platform = QGuiApplication::platformName();
+    return platform == "offscreen" || platform == "minimal";
+}
+
+void TVMessageBoxQt::report_unattended(const std::string& title, const std::string& text,
+                                       const std::string& answer)
+{
+    std::cerr << "Unattended \"" << title << "\" answered \"" << answer << "\": " << text << std::endl;
+}
+
+TVMessageBoxQt::ShowUnattended::ShowUnattended() : m_previous(show_unattended()) { show_unattended() = true; }
+
+TVMessageBoxQt::ShowUnattended::~ShowUnattended() { show_unattended() = m_previous; }
 
 void TVMessageBoxQt::set_answerer(Answerer answerer_) { answerer() = std::move(answerer_); }
 

@@ -11,7 +11,10 @@
 // loop; the box deletes itself afterwards.
 //
 // Tests answer boxes without showing them through set_answerer, most easily
-// by a TVMessageBoxScript (tvmessageboxscript.h).
+// by a TVMessageBoxScript (tvmessageboxscript.h). Where nobody could answer
+// (unattended()) a box isn't shown either: it gives its Escape label at once
+// and writes its title and text to standard error, so a question nobody
+// expected fails a test instead of hanging it.
 
 #include <QDialog>
 #include <functional>
@@ -74,6 +77,27 @@ public:
                                        const std::string& b1, const std::string& b2, const std::string& b3,
                                        const std::string& b4, const TVIdList& ids, QObject* receiver,
                                        const char* slot);
+
+    // No answerer is set and the platform has no screen to answer on
+    // ("offscreen", "minimal", or no GUI application at all), unless a
+    // ShowUnattended lives. The file chooser and the error dialog ask too.
+    static bool unattended();
+    // What an unattended dialog was asked and what it gave, on standard error.
+    static void report_unattended(const std::string& title, const std::string& text, const std::string& answer);
+
+    // While it lives, boxes show even without a screen: for a test that
+    // presses their buttons itself.
+    class ShowUnattended
+    {
+    public:
+        ShowUnattended();
+        ~ShowUnattended();
+        ShowUnattended(const ShowUnattended&) = delete;
+        ShowUnattended& operator=(const ShowUnattended&) = delete;
+
+    private:
+        bool m_previous;
+    };
 
     // Null puts the user back in charge.
     static void set_answerer(Answerer answerer);

@@ -9,7 +9,9 @@
 #include <QTimer>
 
 #include "LibCore/tests/tvraise.h"
+#include "LibCore/error/tverror.h"
 #include "LibGui/base/tvmessagebox.h"
+#include "LibGui/qt/tverrorqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibGui/qt/tvmessageboxscript.h"
 
@@ -103,6 +105,7 @@ TEST(MessageBox, ButtonsTakeTheirOptionsAndEmptyOnesHide)
 
 TEST(MessageBox, PressedButtonGivesItsLabelAndEscapeTheEscapeButton)
 {
+    TVMessageBoxQt::ShowUnattended shown;
     when_shown([](TVMessageBoxQt* box) { QTest::mouseClick(box->button("Open Anyway"), Qt::LeftButton); });
     EXPECT_EQ(TVMessageBoxQt::start(nullptr, "Locked", "Open it?", "Open Anyway", TVMessageBox::C_Cancel),
               "Open Anyway");
@@ -115,6 +118,48 @@ TEST(MessageBox, PressedButtonGivesItsLabelAndEscapeTheEscapeButton)
 
     when_shown([](TVMessageBoxQt* box) { QTest::mouseClick(box->button("Yes"), Qt::LeftButton); });
     EXPECT_EQ(TVMessageBoxQt::question(nullptr, "Save", "Save now?", TVMessageBox::C_Yes, TVMessageBox::C_No), "Yes");
+}
+
+// With no screen and no answerer, nothing waits: a box gives its Escape
+// label, a chooser cancels, the error dialog returns, and each says on
+// standard error what it asked.
+TEST(MessageBox, UnattendedDialogsAnswerAtOnceAndSayWhatTheyAsked)
+{
+    ASSERT_TRUE(TVMessageBoxQt::unattended());
+    // Were any of them to wait, this closes it and the case fails.
+    QTimer guard;
+    QObject::connect(&guard, &QTimer::timeout, [] {
+        if (QWidget* modal = QApplication::activeModalWidget()) {
+            ADD_FAILURE() << "a dialog waited";
+            modal->close();
+        }
+    });
+    guard.start(1000);
+
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(TVMessageBoxQt::start(nullptr, "Load File", "a.tvmaths is gone.", "Find It", TVMessageBox::C_Cancel),
+              "Cancel");
+    EXPECT_EQ(TVMessageBoxQt::start(nullptr, "Sync", "Merge?", "Merge", "Replace"), "");
+    EXPECT_EQ(TVFileSelectQt::get_open_file(nullptr, "Find a.tvmaths", "/d", "*.tvmaths"), "");
+    TVErrDetails details;
+    details.set_code(TVErrC_FileOpen);
+    details.set_severity(TVSevError);
+    details.set_details("Could not open a.tvmaths", TVAspectUser);
+    TVErrorQt::start(&details, TVSevWarning, nullptr);
+    Receiver receiver;
+    ASSERT_NE(TVMessageBoxQt::open_key(nullptr, "Save", "Save now?", TVMessageBox::C_Yes, TVMessageBox::C_No, "",
+                                       "", &receiver, SLOT(got_key(std::string))),
+              nullptr);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(receiver.m_keys, (std::vector<std::string>{"No"}));
+    const std::string err = testing::internal::GetCapturedStderr();
+    for (const char* said : {"\"Load File\" answered \"Cancel\": a.tvmaths is gone.", "\"Sync\" answered \"\"",
+                             "Find a.tvmaths", "\"Error\" answered \"Ok\": Could not open a.tvmaths",
+                             "\"Save\" answered \"No\""})
+        EXPECT_NE(err.find(said), std::string::npos) << said << " in\n" << err;
+
+    TVMessageBoxQt::ShowUnattended shown;
+    EXPECT_FALSE(TVMessageBoxQt::unattended());
 }
 
 TEST(MessageBox, DetailsShowsAPaneWithoutClosing)
