@@ -549,7 +549,14 @@ void MathsMainQt::set_exercises()
     QWidget* window = nullptr;
     if (stopped(call([&] { return MathsWindows::open_exercise_list(m_mathsDB, this, window); })))
         return;
-    follow_dialog(window);
+    // The list doesn't wait: the session catches up once it closes.
+    if (auto* list = qobject_cast<TVDialogQt*>(window))
+        connect(list, &TVDialogQt::sig_closed, this, &MathsMainQt::exercises_set,
+                Qt::UniqueConnection);
+}
+
+void MathsMainQt::exercises_set()
+{
     if (stopped(call([&] { return m_mathsDB.recalculate(TVDatabase::E_RecalcAll); })))
         return;
     update_display();

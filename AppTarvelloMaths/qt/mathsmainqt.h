@@ -162,6 +162,8 @@ protected:
 
 private slots:
     void notify_selected(const TVIdList& ids);
+    // The exercise list has closed: recalculate and redraw.
+    void exercises_set();
 
 private:
     void setup_form();

@@ -1,12 +1,10 @@
 #include "AppTarvelloMaths/qt/mathswindows.h"
 
+#include "AppTarvelloMaths/qt/exerciselistqt.h"
 #include "AppTarvelloMaths/qt/goexerciseqt.h"
 #include "AppTarvelloMaths/qt/mathspreferencesqt.h"
 #include "LibCore/error/tverror.h"
 #include "LibGui/qt/tvsettingsformqt.h"
-
-// The exercise editor is being written beside this; until it is in, its
-// call says so.
 
 int MathsWindows::open_run(MathsDB& db, int goId, QWidget* parent, QWidget*& window)
 {
@@ -16,11 +14,12 @@ int MathsWindows::open_run(MathsDB& db, int goId, QWidget* parent, QWidget*& win
     return result;
 }
 
-int MathsWindows::open_exercise_list(MathsDB&, QWidget*, QWidget*& window)
+int MathsWindows::open_exercise_list(MathsDB& db, QWidget* parent, QWidget*& window)
 {
-    window = nullptr;
-    return tvwarning(TVErrC_InvalidState, TVLOCATION,
-                     "The exercise list is not available in this build.");
+    ExerciseListQt* list = nullptr;
+    const int result = ExerciseListQt::start_edit(db, parent, &list);
+    window = list;
+    return result;
 }
 
 TVSettingsFormQt* MathsWindows::make_preferences(MathsDB& db)

@@ -6,6 +6,8 @@
 #include "AppTarvelloMaths/qt/mathsmainqt.h"
 
 #include "AppTarvelloMaths/maths/session.h"
+#include "AppTarvelloMaths/qt/exerciseeditqt.h"
+#include "AppTarvelloMaths/qt/exerciselistqt.h"
 #include "AppTarvelloMaths/qt/goexerciseqt.h"
 #include "AppTarvelloMaths/qt/tests/mathsqttest.h"
 #include "LibGui/base/tvnotifylist.h"
@@ -13,10 +15,13 @@
 #include "LibGui/qt/tvguideqt.h"
 #include "LibGui/qt/tvimageviewerqt.h"
 #include "LibGui/qt/tvlineeditqt.h"
+#include "LibGui/qt/tvnotifybarqt.h"
 #include "LibGui/qt/tvtreewidgetqt.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
 #include <QLabel>
+#include <QListWidget>
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
@@ -65,6 +70,40 @@ protected:
         ASSERT_NE(m_run, nullptr);
         QApplication::setActiveWindow(m_run);
     }
+    // The parent's way: the set-up button, Add, a table ticked in the
+    // editor, Ok, and the list closed.
+    void set_up_tables(int table)
+    {
+        QToolButton* setUp = nullptr;
+        for (QToolButton* button : m_window->mButtonBox->findChildren<QToolButton*>())
+            if (button->toolTip() == "Set up the maths exercises.")
+                setUp = button;
+        ASSERT_NE(setUp, nullptr);
+        QTest::mouseClick(setUp, Qt::LeftButton);
+        auto* list = m_window->findChild<ExerciseListQt*>();
+        ASSERT_NE(list, nullptr);
+        QTest::mouseClick(list->findChild<QPushButton*>("addButton"), Qt::LeftButton);
+        auto* edit = list->findChild<ExerciseEditQt*>();
+        ASSERT_NE(edit, nullptr);
+        auto* tables = edit->findChild<QListWidget*>("timesTablesList");
+        QListWidgetItem* item = nullptr;
+        for (int i = 0; i < tables->count(); ++i)
+            if (tables->item(i)->data(Qt::UserRole).toInt() == table)
+                item = tables->item(i);
+        ASSERT_NE(item, nullptr);
+        tables->scrollToItem(item);
+        QTest::mouseClick(tables->viewport(), Qt::LeftButton, Qt::NoModifier,
+                          tables->visualItemRect(item).center());
+        QTest::keyClick(tables, Qt::Key_Space);
+        ASSERT_EQ(item->checkState(), Qt::Checked);
+        QTest::mouseClick(edit->findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Ok),
+                          Qt::LeftButton);
+        flush_deletes();
+        QTest::mouseClick(list->findChild<QDialogButtonBox*>("buttonBox")->button(QDialogButtonBox::Close),
+                          Qt::LeftButton);
+        flush_deletes();
+        EXPECT_EQ(m_window->findChild<ExerciseListQt*>(), nullptr);
+    }
     const Go& go() const { return *m_run->get_go(); }
     std::string answer(int row) const { return go().get_question_no(row)->solution_text(); }
     void type(int row, const std::string& text)
@@ -103,10 +142,7 @@ TEST_F(MathsMainQtTest, NewFileWelcomesThenRunsSevenTimesTablesToARecordAndFinis
     EXPECT_FALSE(m_window->finishedButton->isHidden());
     EXPECT_EQ(rows(), 0);
 
-    // The exercise editor isn't in yet: the exercise goes straight in.
-    add_tables({7}, 1, 12, 12);
-    ASSERT_EQ(m_db->update(), TVErrC_ok);
-    m_window->update_display();
+    set_up_tables(7);
     EXPECT_TRUE(m_window->guideForm->isHidden());
     ASSERT_EQ(rows(), 1);
     EXPECT_EQ(cell(0, 1), "7 times tables");
@@ -114,6 +150,8 @@ TEST_F(MathsMainQtTest, NewFileWelcomesThenRunsSevenTimesTablesToARecordAndFinis
     EXPECT_EQ(status(), "\n    1 Exercise to go");
     EXPECT_TRUE(m_window->finishedButton->isHidden());
 
+    const std::string picture = m_window->get_viewer().get_path();
+    EXPECT_FALSE(picture.empty());
     press(0);
     // A wrong answer is emptied with a beep and counted.
     const std::string wrong = answer(0) == "1" ? "2" : "1";
@@ -128,9 +166,9 @@ TEST_F(MathsMainQtTest, NewFileWelcomesThenRunsSevenTimesTablesToARecordAndFinis
         type(i, answer(i));
     ASSERT_TRUE(go().is_complete());
     close_run();
-    EXPECT_EQ(m_window->get_viewer().get_path(), m_db->get_imagedir().empty()
-                                                     ? std::string(MathsDB::C_BuiltinImages[1])
-                                                     : m_window->get_viewer().get_path());
+    // A finished run brings the next picture.
+    EXPECT_NE(m_window->get_viewer().get_path(), picture);
+    EXPECT_FALSE(m_window->get_viewer().get_path().empty());
     ASSERT_EQ(rows(), 1);
     EXPECT_EQ(m_window->row_button(0)->text(), "Again");
     EXPECT_EQ(cell(0, 2), "30.0");
@@ -177,4 +215,45 @@ TEST_F(MathsMainQtTest, RemindersAreLateUntilASessionStartsAfterThemAndTheNextIs
     EXPECT_EQ(list.get_notify_state(text), MathsMainQt::C_NotifySession);
     EXPECT_EQ(text.rfind("Reminder: ", 0), 0u) << text;
     EXPECT_NE(text.find(" Maths Session"), std::string::npos);
+    // The late one is due now; the next waits for 16:00 today.
+    ASSERT_EQ(list.get_nitems(), 2);
+    const TVDate sixteen = TVDateUtils::start_day(TVDateUtils::now()) + TVDuration(16 * 3600L);
+    int scheduled = 0;
+    for (int i = 0; i < list.get_nitems(); ++i) {
+        const TVDate& when = list.get_item(i).get_schedule();
+        if (when.is_ok()) {
+            EXPECT_EQ(when, sixteen);
+            ++scheduled;
+        }
+    }
+    EXPECT_EQ(scheduled, 1);
+}
+
+TEST_F(MathsMainQtTest, ChoosingAReminderStartsANewSessionOnlyWhenNothingIsLeft)
+{
+    add_tables({7}, 1, 3, 3);
+    m_db->edit_reminders() = {TVDuration(13 * 3600L)};
+    ASSERT_EQ(m_db->complete_operation("Test"), TVErrC_ok);
+    ASSERT_EQ(m_db->update(), TVErrC_ok);
+    m_clock.set(C_Start + 2 * 3600, 0); // 14:00: the 13:00 reminder is late
+    ASSERT_EQ(m_window->on_db_changed(), TVErrC_ok);
+    const QLabel* message = m_window->notifyBar->get_message();
+    ASSERT_NE(message->text().indexOf("Reminder: "), -1) << message->text().toStdString();
+
+    // With a run still to do the session goes on.
+    const Session* session = m_db->current_session();
+    QTest::mouseClick(const_cast<QLabel*>(message), Qt::LeftButton);
+    EXPECT_EQ(m_db->current_session(), session);
+    ASSERT_EQ(rows(), 1);
+
+    press(0);
+    run_all(10);
+    close_run();
+    ASSERT_EQ(status(), "\n    Finished");
+    QTest::mouseClick(const_cast<QLabel*>(message), Qt::LeftButton);
+    EXPECT_TRUE(session->get_complete());
+    EXPECT_NE(m_db->current_session(), session);
+    ASSERT_EQ(rows(), 1);
+    EXPECT_EQ(m_window->row_button(0)->text(), "Go");
+    EXPECT_EQ(status(), "\n    1 Exercise to go");
 }
