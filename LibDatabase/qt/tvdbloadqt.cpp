@@ -102,11 +102,19 @@ void TVDBLoadQt::load_step1()
     if (stopped(call([&] { return TVDBManager::get_default_filename(default_file, ""); })))
         return;
     if (!tv_file_exists(default_file)) {
-        if (app->get_recent().empty()) {
-            // A first start. The first-use dialogue (new file, open one, or
-            // sync from the cloud) lives with the cloud settings; without
-            // it, a first start makes a new file.
-            load_step2(TVErrC_okCreate);
+        // A first start; but a file that exists was asked for by name and
+        // needs no welcome.
+        if (app->get_recent().empty() && !tv_file_exists(m_filename)) {
+            if (m_filename.empty())
+                m_filename = default_file;
+            // With no window to ask over, a first start makes the file.
+            int result = TVErrC_okCreate;
+            if (m_manager != nullptr) {
+                result = call([&] { return m_manager->first_use(m_filename); });
+                if (istvwarn(result) && stopped(result))
+                    return;
+            }
+            load_step2(result);
             return;
         }
     } else if (app->get_recent().empty()) {

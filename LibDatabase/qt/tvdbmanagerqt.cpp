@@ -810,6 +810,31 @@ int TVDBManagerQt::display_started()
     return TVErrC_ok;
 }
 
+int TVDBManagerQt::first_use(std::string& file)
+{
+    const TVApplication* app = tvapplication();
+    const std::string text = "Welcome to " + app->get_title() +
+                             "!\n\nEverything you do here is kept in one file. A new one will be " +
+                             file + ".\n\nCreate it now, find a file you already have, or quit.";
+    const std::string create = TVMessageBox::construct_key(TVDBLoadQt::C_CreateNew, true, false, "", "");
+    const std::string quit = TVMessageBox::construct_key(label(TVMessageBox::C_Quit), false, true, "", "q");
+    // A chooser closed without a choice asks again.
+    for (;;) {
+        const std::string answer = TVMessageBoxQt::start(this, "Welcome", text, create,
+                                                         TVDBLoadQt::C_FindIt, quit);
+        if (answer == TVDBLoadQt::C_CreateNew)
+            return TVErrC_okCreate;
+        if (answer != TVDBLoadQt::C_FindIt)
+            return TVErrC_okCancel;
+        const std::string chosen = TVFileSelectQt::get_open_file(
+            this, "Find It", app->get_documents_dir(), "*" + app->get_extension());
+        if (!chosen.empty()) {
+            file = chosen;
+            return TVErrC_ok;
+        }
+    }
+}
+
 void TVDBManagerQt::url_called(const std::string&, const std::string&, const TVTagValue&)
 {
 }

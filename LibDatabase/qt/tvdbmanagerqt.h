@@ -146,6 +146,10 @@ public:
     [[nodiscard]] virtual int context_notify(const QPoint& pos, const TVId& id);
     // Once the window is up after a load.
     [[nodiscard]] virtual int display_started();
+    // A first start: no recent files and no file to open yet. The base asks
+    // once ("Welcome"): make file (TVErrC_okCreate), open one the user has
+    // ("Find It": TVErrC_ok with file set to it), or quit (TVErrC_okCancel).
+    [[nodiscard]] virtual int first_use(std::string& file);
     virtual void url_called(const std::string& command, const std::string& argument,
                             const TVTagValue& query);
     void update_all_display() override;

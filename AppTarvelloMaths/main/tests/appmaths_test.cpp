@@ -46,10 +46,10 @@ protected:
     }
 
     // Runs the start-up as the event loop does, until the main window has
-    // its file or has gone (a question about a missing file is cancelled).
-    void start(AppMaths& maths)
+    // its file or has gone, answering the questions asked; gives their titles.
+    std::vector<std::string> start(AppMaths& maths, const std::vector<std::string>& answers)
     {
-        TVMessageBoxScript script;
+        TVMessageBoxScript script(answers);
         QTimer::singleShot(0, &maths, &TVApplicationQt::app_started);
         QTimer poll;
         QObject::connect(&poll, &QTimer::timeout, [&] {
@@ -60,6 +60,8 @@ protected:
         poll.start(10);
         QTimer::singleShot(20000, [] { QCoreApplication::exit(99); }); // safety net
         EXPECT_EQ(QCoreApplication::exec(), 0);
+        EXPECT_TRUE(script.done());
+        return script.titles();
     }
 
     QTemporaryDir home;
@@ -75,7 +77,9 @@ TEST_F(AppMathsTest, FileOpenedByTheSystemBeforeTheStartWinsOverTheCommandLine)
     AppMaths maths(2, argv, qt_app());
     QFileOpenEvent open(QString("b.tvmaths"));
     QCoreApplication::sendEvent(&qt_app(), &open);
-    start(maths);
+    // A fresh home: the first-use question comes first, and Quit leaves
+    // nothing behind.
+    EXPECT_EQ(start(maths, {"Quit"}), std::vector<std::string>{"Welcome"});
     EXPECT_EQ(maths.get_mathsdb(), "b.tvmaths");
 }
 
@@ -83,7 +87,7 @@ TEST_F(AppMathsTest, CommandLineNamesTheFileOtherwise)
 {
     char* argv[] = {arg0, arg1, nullptr};
     AppMaths maths(2, argv, qt_app());
-    start(maths);
+    start(maths, {"Quit"});
     EXPECT_EQ(maths.get_mathsdb(), "a.tvmaths");
 }
 
@@ -93,7 +97,7 @@ TEST_F(AppMathsTest, FileOpenEventBeforeTheApplicationObjectIsIgnored)
     EXPECT_TRUE(QCoreApplication::sendEvent(&qt_app(), &open));
     char* argv[] = {arg0, nullptr};
     AppMaths maths(1, argv, qt_app());
-    start(maths);
+    EXPECT_EQ(start(maths, {"Create New"}), std::vector<std::string>{"Welcome"});
     EXPECT_EQ(maths.get_mathsdb(), "");
     // With no name the program opens its default file, made on first use.
     ASSERT_NE(maths.get_main_window(), nullptr);

@@ -99,8 +99,8 @@ TEST_F(ProgramTest, StandardSwitchesAnswerAndLeaveNoFiles)
     EXPECT_EQ(files(), QStringList());
 }
 
-// The parser tells the user and goes on, so the program then opens its
-// window: the test reads the reason and ends it.
+// The parser tells the user and goes on to the start, which in a fresh
+// home asks its first-use question: the test reads the reason and ends it.
 TEST_F(ProgramTest, WrongArgumentsGiveTheReasonAndTheUsage)
 {
     const struct {
@@ -126,6 +126,19 @@ TEST_F(ProgramTest, WrongArgumentsGiveTheReasonAndTheUsage)
         }
         process.kill();
         process.waitForFinished(10000);
+        out += process.readAllStandardOutput().toStdString();
         EXPECT_EQ(out.rfind(row.reason, 0), 0u) << out;
     }
+}
+
+// With no screen nobody can answer the welcome of a first start: it gives
+// Quit at once, says so, and the program ends by itself without a file.
+TEST_F(ProgramTest, FirstStartWithNobodyToAnswerEndsByItself)
+{
+    const Outcome outcome = run({});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_NE(outcome.err.find("Unattended \"Welcome\" answered \"Quit\": Welcome to Tarvello Maths!"),
+              std::string::npos)
+        << outcome.err;
+    EXPECT_TRUE(files().filter(".tvmaths").isEmpty()) << files().join(" ").toStdString();
 }

@@ -249,6 +249,51 @@ TEST_F(LoadFlowTest, MissingFileOffersFindCreatePreviousAndQuit)
     EXPECT_EQ(script.boxes()[0].labels, (Labels{"Find It", "Create New", "Previous", "Quit"}));
 }
 
+// A first start (no recent files, no default file) asks once, in a box a
+// test or the user answers: create the file, find one, or quit.
+TEST_F(LoadFlowTest, FirstStartWelcomesThenCreatesFindsOrQuits)
+{
+    const std::string other = m_dir.path().toStdString() + "/other" + C_Extension;
+    write_file(other, {"Other"});
+    QFile::remove(QString::fromStdString(m_file));
+    ASSERT_TRUE(m_app->get_recent().empty());
+    {
+        TVMessageBoxScript script({"Quit"});
+        EXPECT_EQ(load(m_file), "failed");
+        ASSERT_EQ(script.titles(), Labels{"Welcome"});
+        EXPECT_NE(script.texts()[0].find("Welcome to Database Window Test!"), std::string::npos);
+        EXPECT_NE(script.texts()[0].find(m_file), std::string::npos);
+        EXPECT_EQ(script.boxes()[0].labels, (Labels{"Create New", "Find It", "Quit"}));
+        EXPECT_FALSE(tv_file_exists(m_file));
+    }
+    {
+        // A chooser closed without a choice asks again.
+        int chosen = 0;
+        TVFileSelectQt::Scoped chooser([&](TVFileSelectQt::Kind, const std::string&, const std::string&,
+                                           const std::string& filter) {
+            return ++chosen == 2 && filter == "*.tvmaths" ? other : std::string();
+        });
+        TVMessageBoxScript script({"Find It", "Find It"});
+        EXPECT_EQ(load(""), "complete " + other);
+        EXPECT_TRUE(script.done());
+        EXPECT_EQ(names(*m_db), std::set<std::string>{"Other"});
+        ASSERT_EQ(m_db->unload(), TVErrC_ok);
+        m_window->unlock();
+    }
+    {
+        // An existing file asked for by name opens without a welcome.
+        TVMessageBoxScript script;
+        EXPECT_EQ(load(other), "complete " + other);
+        EXPECT_TRUE(script.boxes().empty());
+        ASSERT_EQ(m_db->unload(), TVErrC_ok);
+        m_window->unlock();
+    }
+    TVMessageBoxScript script({"Create New"});
+    EXPECT_EQ(load(m_file), "complete " + m_file);
+    EXPECT_TRUE(tv_file_exists(m_file));
+    EXPECT_TRUE(names(*m_db).empty());
+}
+
 TEST_F(LoadFlowTest, LockedFileAsksAgainWhileTheLockStandsAndOpenAnywayStealsALeftOne)
 {
     {
