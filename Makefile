@@ -6,7 +6,7 @@ RELEASE := build-release
 CMAKE_FLAGS := -G Ninja -DCMAKE_BUILD_TYPE=Debug -DTV_SANITIZE=ON
 JOBS    ?= $(shell nproc)
 
-.PHONY: all setup configure build check run bench fuzz clean crash
+.PHONY: all setup configure build check run bench fuzz clean crash screenshots
 
 all: build
 
@@ -36,6 +36,15 @@ bench: setup
 	@cmake -S . -B $(RELEASE) -G Ninja -DCMAKE_BUILD_TYPE=Release -DTV_BENCHMARKS=ON -DTV_TESTS=OFF >/dev/null
 	@cmake --build $(RELEASE) -j $(JOBS) --target benchmarks
 	@for b in $(RELEASE)/bin/bench_*; do echo "== $$b"; $$b; done
+
+# The program on a prepared file under Xvfb, its windows grabbed to
+# $(BUILD)/screenshots: welcome, session, run, finished run, list and
+# editor, preferences.
+screenshots: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target tarvello-maths-screenshots
+	@rm -rf $(BUILD)/screenshots && mkdir -p $(BUILD)/screenshots
+	@ASAN_OPTIONS=detect_leaks=0 xvfb-run -a -s "-screen 0 1280x900x24" \
+	  $(BUILD)/bin/tarvello-maths-screenshots $(BUILD)/screenshots
 
 # The serial form's libFuzzer target, built with clang in a configuration
 # of its own. It runs on past a crash so that one fault doesn't hide the
