@@ -156,6 +156,9 @@ void TVDBManagerQt::db_loaded(std::string file)
     if (m_updatePeriod > 0)
         start_timers();
     QTimer::singleShot(100, this, &TVDBManagerQt::gui_started);
+    // A URL that came while the file was loading is for this file.
+    if (has_tvapplicationqt())
+        tvapplicationqt()->handle_pending_url();
 }
 
 void TVDBManagerQt::db_failed()
@@ -724,7 +727,8 @@ int TVDBManagerQt::user_quit(bool save_first)
 {
     try {
         // Like the recent list, the remembered session stops nothing.
-        if (istvwarn(call([&] { return tvapplication()->record_open_windows(1, false); })))
+        const int windows = has_tvapplicationqt() ? std::max(1, tvapplicationqt()->window_count()) : 1;
+        if (istvwarn(call([&] { return tvapplication()->record_open_windows(windows, true); })))
             get_tverror()->clear_all();
         const int result = do_unload(save_first, TVSlotQt(this, SLOT(db_quit())), TVSlotQt());
         return istvwarn(result) ? tv_trail_return(result, TVLOCATION) : TVErrC_ok;
@@ -833,6 +837,11 @@ int TVDBManagerQt::first_use(std::string& file)
             return TVErrC_ok;
         }
     }
+}
+
+bool TVDBManagerQt::takes_url() const
+{
+    return get_database().is_loaded();
 }
 
 void TVDBManagerQt::url_called(const std::string&, const std::string&, const TVTagValue&)

@@ -150,8 +150,10 @@ public:
     // once ("Welcome"): make file (TVErrC_okCreate), open one the user has
     // ("Find It": TVErrC_ok with file set to it), or quit (TVErrC_okCancel).
     [[nodiscard]] virtual int first_use(std::string& file);
-    virtual void url_called(const std::string& command, const std::string& argument,
-                            const TVTagValue& query);
+    // Once the file is in.
+    bool takes_url() const override;
+    void url_called(const std::string& command, const std::string& argument,
+                    const TVTagValue& query) override;
     void update_all_display() override;
 
 signals:

@@ -17,8 +17,8 @@
 #include "LibObject/object/tvid.h"
 #include "LibObject/object/tvidlist.h"
 
-TVApplicationQt::TVApplicationQt(int argc, char** argv, const TVAppIdentity& identity, TVQtApp& app)
-    : QObject(nullptr), TVApplication(argc, argv, identity), m_app(app)
+TVApplicationQt::TVApplicationQt(int argc, char** argv, const TVAppIdentity& identity, QApplication& app)
+    : QObject(nullptr), TVApplication(argc, argv, identity), m_app(qobject_cast<TVQtApp*>(&app))
 {
     // The framework's icons sit in a static library.
     tv_init_gui_images();
@@ -29,7 +29,8 @@ TVApplicationQt::TVApplicationQt(int argc, char** argv, const TVAppIdentity& ide
     qRegisterMetaType<TVDateSlot>("TVDateSlot");
     qRegisterMetaType<std::string>("string");
     m_url.clear();
-    m_app.set_app(this);
+    if (m_app != nullptr)
+        m_app->set_app(this);
     TVErrorQt::install();
 }
 
@@ -38,8 +39,8 @@ TVApplicationQt::~TVApplicationQt()
     // Each window's destructor takes itself off the list.
     while (!m_windows.empty())
         delete m_windows.back();
-    if (m_app.get_app() == this)
-        m_app.set_app(nullptr);
+    if (m_app != nullptr && m_app->get_app() == this)
+        m_app->set_app(nullptr);
     TVErrorQt::uninstall();
 }
 
@@ -163,9 +164,16 @@ void TVApplicationQt::handle_pending_url()
     url_scheme(url);
 }
 
-void TVApplicationQt::url_called(const std::string& /*command*/, const std::string& /*argument*/,
-                                 const TVTagValue& /*query*/)
+bool TVApplicationQt::can_take_url() const
 {
+    const TVMainWindowQt* primary = get_window(0);
+    return primary != nullptr && primary->takes_url();
+}
+
+void TVApplicationQt::url_called(const std::string& command, const std::string& argument, const TVTagValue& query)
+{
+    if (TVMainWindowQt* primary = get_window(0))
+        primary->url_called(command, argument, query);
 }
 
 TVApplicationQt* tvapplicationqt()

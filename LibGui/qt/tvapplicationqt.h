@@ -8,9 +8,9 @@
 
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/ptrarray/tvtagvalue.h"
+#include "LibGui/qt/tvqtapp.h"
 
 class TVMainWindowQt;
-class TVQtApp;
 
 // The application object of a program with windows: it runs the start-up
 // inside the event loop (so the toolkit is alive and a file-open event
@@ -24,7 +24,9 @@ public:
     // Delay before the start-up runs inside the event loop.
     static const int C_StartDelayMs = 100;
 
-    TVApplicationQt(int argc, char** argv, const TVAppIdentity& identity, TVQtApp& app);
+    // app is the program's TVQtApp, which then hands us the files the
+    // system opens; a plain QApplication (a test's) does without them.
+    TVApplicationQt(int argc, char** argv, const TVAppIdentity& identity, QApplication& app);
     ~TVApplicationQt() override;
 
     // Arms the start-up and runs the event loop; returns TVErrC_ok or the
@@ -61,21 +63,22 @@ public:
     // next "/", or failing that "?"), the argument and the query items.
     static void split_url(const QUrl& url, std::string& command, std::string& argument, TVTagValue& query);
 
-    TVQtApp& qt_app() { return m_app; }
+    // Null over a plain QApplication.
+    TVQtApp* qt_app() { return m_app; }
 
 public slots:
     void app_started();
     void url_scheme(const QUrl& url);
 
 protected:
-    // Whether a window with a loaded database can take a URL now. Without
-    // windows every URL waits.
-    virtual bool can_take_url() const { return false; }
+    // Whether the primary window takes a URL now. Without windows every
+    // URL waits.
+    virtual bool can_take_url() const;
     // Hands a URL's parts to the primary window.
     virtual void url_called(const std::string& command, const std::string& argument, const TVTagValue& query);
 
 private:
-    TVQtApp& m_app;
+    TVQtApp* m_app;
     std::string m_url;
     std::vector<TVMainWindowQt*> m_windows;
     int m_badgeCount = 0;

@@ -67,6 +67,8 @@ void TVMainWindowQt::app_status()
         statusBar()->showMessage(QString::fromStdString(text));
 }
 
+void TVMainWindowQt::url_called(const std::string&, const std::string&, const TVTagValue&) {}
+
 TVSlotQt TVMainWindowQt::mkslot(const std::string& name)
 {
     const std::string signature = name.find('(') == std::string::npos ? name + "()" : name;

@@ -8,6 +8,7 @@
 #include <QMainWindow>
 #include <string>
 
+#include "LibCore/ptrarray/tvtagvalue.h"
 #include "LibGui/qt/tvslotqt.h"
 #include "LibGui/qt/tvwindowqt.h"
 
@@ -41,6 +42,12 @@ public:
     // clears it). The application calls this on every window it lists
     // whenever its status stack changes.
     virtual void app_status();
+
+    // URLs of the program's scheme, as the application splits them. It
+    // hands one to its primary window only once that window takes URLs
+    // (a database window: once its file is in); the base takes none.
+    virtual bool takes_url() const { return false; }
+    virtual void url_called(const std::string& command, const std::string& argument, const TVTagValue& query);
 
     // A slot of this window by its name ("load_done"), or its full
     // signature ("load_done(std::string)"); a bare name means no arguments.

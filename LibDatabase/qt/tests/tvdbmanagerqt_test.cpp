@@ -10,12 +10,15 @@
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/qt/tests/tvdbqttest.h"
+#include "LibCore/ptrarray/tvtagvalue.h"
+#include "LibGui/qt/tvapplicationqt.h"
 #include "LibGui/qt/tvmessageboxscript.h"
 
 #include <gtest/gtest.h>
 
 #include <QKeyEvent>
 #include <QTest>
+#include <QUrl>
 
 #include <csignal>
 #include <sys/wait.h>
@@ -40,6 +43,27 @@ public:
     }
     int m_updates = 0;
     bool m_reenter = false;
+};
+
+// The application object of a program with windows, over the test's
+// QApplication.
+class WindowsApp : public TVApplicationQt
+{
+public:
+    explicit WindowsApp(const TVAppIdentity& identity) : TVApplicationQt(0, nullptr, identity, *qApp) {}
+    int load_file(const std::string&) override { return TVErrC_ok; }
+};
+
+// Keeps the URLs handed to it, as "command|argument|tag=value".
+class UrlWindow : public TVDBManagerQt
+{
+public:
+    using TVDBManagerQt::TVDBManagerQt;
+    void url_called(const std::string& command, const std::string& argument, const TVTagValue& query) override
+    {
+        m_urls.push_back(command + "|" + argument + "|x=" + query.get_string("x", ""));
+    }
+    Labels m_urls;
 };
 
 class ManagerTest : public TVDBQtTest
@@ -208,6 +232,25 @@ TEST_F(ManagerTest, SuspendSavesAndPausesTheHeartbeatUntilTheProgramComesBack)
     m_window->app_state_changed(Qt::ApplicationSuspended);
     m_window->app_state_changed(Qt::ApplicationInactive);
     EXPECT_EQ(tick(), 1);
+}
+
+// A URL that comes while the file is still loading waits for it; once the
+// file is in, the next goes straight through.
+TEST_F(ManagerTest, UrlThatCameBeforeTheFileReachesTheWindowOnceLoaded)
+{
+    m_app.reset();
+    auto app = std::make_unique<WindowsApp>(identity());
+    auto* window = new UrlWindow(*m_db);
+    app->url_scheme(QUrl("tvmaths://open/some%20file?x=1"));
+    EXPECT_EQ(app->pending_url(), "tvmaths://open/some file?x=1");
+    ASSERT_EQ(window->start(m_file, false, 60000, 300000, "", 0), TVErrC_ok);
+    EXPECT_TRUE(drain([&] { return !window->m_urls.empty(); }));
+    EXPECT_EQ(window->m_urls, Labels{"open|some file|x=1"});
+    EXPECT_EQ(app->pending_url(), "");
+    app->url_scheme(QUrl("tvmaths://refresh?x=2"));
+    EXPECT_EQ(window->m_urls, (Labels{"open|some file|x=1", "refresh||x=2"}));
+    delete window;
+    EXPECT_EQ(app->window_count(), 0);
 }
 
 // The whole life of a file in a throwaway window: a process that opened

@@ -18,16 +18,21 @@ void TVDBQtTest::SetUp()
     const std::string root = m_dir.path().toStdString();
     qputenv("XDG_DATA_HOME", QByteArray::fromStdString(root + "/data"));
     qputenv("XDG_CACHE_HOME", QByteArray::fromStdString(root + "/cache"));
-    TVAppIdentity identity;
-    identity.m_application = "TVDBQtTest";
-    identity.m_title = "Database Window Test";
-    identity.m_extension = C_Extension;
-    m_app = std::make_unique<TVApplication>(0, nullptr, identity);
+    m_app = std::make_unique<TVApplication>(0, nullptr, identity());
     get_tverror()->set_stream(nullptr, TVSevAll);
     // Errors come back as values, so each case sees what survived.
     get_tverror()->set_action(TVActContinue, TVSevError);
     ASSERT_EQ(TVDBManager::get_default_filename(m_file, ""), TVErrC_ok);
     m_db = std::make_unique<MathsDB>();
+}
+
+TVAppIdentity TVDBQtTest::identity()
+{
+    TVAppIdentity identity;
+    identity.m_application = "TVDBQtTest";
+    identity.m_title = "Database Window Test";
+    identity.m_extension = C_Extension;
+    return identity;
 }
 
 void TVDBQtTest::TearDown()

@@ -48,6 +48,9 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
+    // The identity of the test's application object.
+    static TVAppIdentity identity();
+
     // Adds an exercise called name as one operation "Add <name>".
     static int add(MathsDB& db, const std::string& name);
     // The names of the exercises.
