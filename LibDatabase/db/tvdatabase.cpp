@@ -22,8 +22,11 @@
 #include <cctype>
 #include <cstdlib>
 #include <filesystem>
+#include <mutex>
 #include <ostream>
+#include <set>
 #include <sstream>
+#include <unordered_set>
 
 int TVDatabase::TVErrC_NotADatabase = tv_builtin_code("TVDatabase::TVErrC_NotADatabase");
 int TVDatabase::TVErrC_InvalidDatabaseVersion =
@@ -97,9 +100,30 @@ public:
         db.set_last_structure_change(counter);
     }
     int appfileversion(const TVDatabase& db) const override { return db.get_appfileversion(); }
+    void object_updated(const TVDatabase* db, int id) const override;
 };
 const Host s_host;
 const bool s_hostInstalled = (TVDBHost::install(&s_host), true);
+
+// The databases alive: a copy of an object may outlive its database and
+// still be stamped, and must not reach it then.
+std::mutex& live_lock()
+{
+    static std::mutex lock;
+    return lock;
+}
+std::set<const TVDatabase*>& live_databases()
+{
+    static std::set<const TVDatabase*> live;
+    return live;
+}
+
+void Host::object_updated(const TVDatabase* db, int id) const
+{
+    const std::lock_guard<std::mutex> lock(live_lock());
+    if (live_databases().count(db) != 0)
+        const_cast<TVDatabase*>(db)->note_changed(id);
+}
 
 bool starts_with(const std::string& text, const char* prefix)
 {
@@ -200,6 +224,16 @@ struct TVDatabase::TVDatabaseImpl {
     // Records (the database's and objects') the last write wrote.
     int m_recordsWritten = 0;
 
+    // The change journal, so that a partial write need not look at every
+    // object: every object of this database stamped after m_journalFrom
+    // has its id in m_changed, or m_journalFull is set and a write looks
+    // at them all. Objects put in the vector since then are its tail, from
+    // m_tailFrom, and go in vector order (a reader appends them so).
+    std::vector<int> m_changed;
+    long m_journalFrom = 0;
+    bool m_journalFull = true;
+    int m_tailFrom = 0;
+
     TVCondVar m_recalcSignal;
     TVMutex m_completeLock;
     bool m_recalcComplete = false; // under m_completeLock
@@ -211,6 +245,10 @@ struct TVDatabase::TVDatabaseImpl {
 
 TVDatabase::TVDatabase() : d(std::make_unique<TVDatabaseImpl>())
 {
+    {
+        const std::lock_guard<std::mutex> lock(live_lock());
+        live_databases().insert(this);
+    }
     d->m_writeTime = TVDateUtils::blank_date();
     // The database's own id is the first it gives out: always 0.
     const int id = allocate_id();
@@ -221,6 +259,10 @@ TVDatabase::TVDatabase() : d(std::make_unique<TVDatabaseImpl>())
 TVDatabase::~TVDatabase()
 {
     stop_recalc_thread();
+    {
+        const std::lock_guard<std::mutex> lock(live_lock());
+        live_databases().erase(this);
+    }
     clear_objects();
 }
 
@@ -352,6 +394,7 @@ void TVDatabase::clear_objects()
         object->clear_containers();
     d->m_map.clear();
     d->m_objects.clear();
+    d->m_journalFull = true;
 }
 
 int TVDatabase::add_object(TVDBObject* object, TVDBObject* parent,
@@ -503,6 +546,8 @@ int TVDatabase::replace_object(int id, TVDBObject* object, const std::string& co
         TVDBObject* added = d->m_objects.remove(d->m_objects.index_of(find_object(id)));
         std::unique_ptr<TVDBObject> gone(d->m_objects.remove(oldAt));
         TV_PASS_ON(d->m_objects.insert(oldAt, added));
+        // The vector moved under the journal's tail: the next write looks at all.
+        d->m_journalFull = true;
         resolve_containers();
         gone.reset();
         if (!operation.empty())
@@ -735,7 +780,7 @@ int TVDatabase::rebuild_after(int index_result)
     // The rebuilt state is what the files say: nothing is left for the
     // partial file, or the next block would carry the rebuild's values
     // under a transaction that didn't make them.
-    d->m_lastPartialWrite = get_counter(true);
+    mark_partial_written();
     // Linked copies are told of the change by the sync layer.
     return TVErrC_ok;
 }
@@ -860,6 +905,86 @@ bool TVDatabase::needs_save() const
 bool TVDatabase::changed_since_full_write() const
 {
     return db_has_changed_since(d->m_lastFullWrite);
+}
+
+void TVDatabase::note_changed(int id)
+{
+    if (!d || d->m_journalFull)
+        return;
+    if (!d->m_changed.empty() && d->m_changed.back() == id)
+        return;
+    // Past this a look at every object costs no more.
+    if (d->m_changed.size() >=
+        std::max(C_JournalMinimum, static_cast<size_t>(d->m_objects.size()) / 4)) {
+        d->m_journalFull = true;
+        d->m_changed.clear();
+        return;
+    }
+    d->m_changed.push_back(id);
+}
+
+// Everything up to now is in the files: the journal starts again.
+void TVDatabase::mark_partial_written()
+{
+    d->m_lastPartialWrite = get_counter(true);
+    d->m_journalFrom = d->m_lastPartialWrite;
+    d->m_changed.clear();
+    d->m_journalFull = false;
+    d->m_tailFrom = d->m_objects.size();
+}
+
+// The objects changed since since, in an order that reads back to the
+// same vector: from the journal when it covers since, else by a look at
+// every object.
+std::vector<const TVDBObject*> TVDatabase::changed_objects(long since) const
+{
+    std::vector<const TVDBObject*> found;
+    // Objects reach the journal through this layer's host; with another
+    // one installed (a test's) they can't.
+    const bool journal = !d->m_journalFull && since >= d->m_journalFrom &&
+                         d->m_tailFrom <= d->m_objects.size() &&
+                         TVDBHost::installed() == &s_host;
+    if (journal) {
+        std::unordered_set<const TVDBObject*> tail;
+        for (int i = d->m_tailFrom; i < d->m_objects.size(); ++i)
+            tail.insert(d->m_objects[i]);
+        std::unordered_set<const TVDBObject*> seen;
+        for (int id : d->m_changed) {
+            const TVDBObject* object = find_object(id);
+            if (object != nullptr && object->has_changed_since(since) && tail.count(object) == 0 &&
+                seen.insert(object).second)
+                found.push_back(object);
+        }
+        // Those the file holds already are replaced in place, in any order;
+        // new ones are appended by the reader, so they keep vector order.
+        for (int i = d->m_tailFrom; i < d->m_objects.size(); ++i)
+            if (d->m_objects[i]->has_changed_since(since))
+                found.push_back(d->m_objects[i]);
+    }
+#ifndef NDEBUG
+    // Debug builds (the tests) hold every journal against a full look.
+    std::vector<const TVDBObject*> all;
+    for (const TVDBObject* object : d->m_objects)
+        if (object->has_changed_since(since))
+            all.push_back(object);
+    if (journal) {
+        std::vector<const TVDBObject*> a(found);
+        std::vector<const TVDBObject*> b(all);
+        std::sort(a.begin(), a.end());
+        std::sort(b.begin(), b.end());
+        if (a != b)
+            tvfatal(TVErrC_Assert, TVLOCATION, "Assertion Failed: change journal (%d of %d)",
+                    static_cast<int>(a.size()), static_cast<int>(b.size()));
+    }
+    if (!journal)
+        found = all;
+#else
+    if (!journal)
+        for (const TVDBObject* object : d->m_objects)
+            if (object->has_changed_since(since))
+                found.push_back(object);
+#endif
+    return found;
 }
 
 // ---- Identity ------------------------------------------------------------------------
@@ -1014,11 +1139,17 @@ int TVDatabase::write(std::ostream& out, long since, bool first, const std::stri
             TV_PASS_ON(TVSerialisationEntry::write_tagged_class(C_ObjectStart, *this, out, afv));
             ++d->m_recordsWritten;
         }
+        if (since > 0) {
+            for (const TVDBObject* object : changed_objects(since)) {
+                TV_PASS_ON(
+                    TVSerialisationEntry::write_tagged_class(C_ObjectStart, *object, out, afv));
+                ++d->m_recordsWritten;
+            }
+            return TVErrC_ok;
+        }
         const TVDate cutoff = TVDateUtils::now() - TVDuration(C_TombstoneDays, 0, 0);
         for (const TVDBObject* object : d->m_objects) {
             if (since == 0 && object->is_deleted() && object->get_modify_time() < cutoff)
-                continue;
-            if (since > 0 && !object->has_changed_since(since))
                 continue;
             TV_PASS_ON(TVSerialisationEntry::write_tagged_class(C_ObjectStart, *object, out, afv));
             ++d->m_recordsWritten;
@@ -1245,7 +1376,8 @@ int TVDatabase::load(const std::string& file, bool read_only, bool create_file,
         }
         d->m_isLoaded = true;
         ++d->m_loadID;
-        d->m_lastFullWrite = d->m_lastPartialWrite = get_counter(true);
+        mark_partial_written();
+        d->m_lastFullWrite = d->m_lastPartialWrite;
         if (use_partial && has_partial("")) {
             // A damaged session file must not cost the main file: what
             // reads whole is applied, the file as it was is kept aside, the
@@ -1269,7 +1401,7 @@ int TVDatabase::load(const std::string& file, bool read_only, bool create_file,
         // the partial file. Otherwise the first write (the one before an
         // undo or redo replays) appends the database record as loaded to
         // the last block, and a redo of that block brings the old values.
-        d->m_lastPartialWrite = get_counter(true);
+        mark_partial_written();
         if (!existed)
             TV_PASS_ON(save(true, true, false));
         return TVErrC_ok;
@@ -1635,7 +1767,8 @@ int TVDatabase::save(bool mark_write, bool manual, bool verify_file)
         }
         TV_PASS_ON(rotate_backups(oldFile));
         TV_PASS_ON(d->m_index.mark_save());
-        d->m_lastFullWrite = d->m_lastPartialWrite = get_counter(true);
+        mark_partial_written();
+        d->m_lastFullWrite = d->m_lastPartialWrite;
         d->m_partialAhead = false;
         // A stamped save pushes to the linked copies: the sync layer.
         return TVErrC_ok;
@@ -1718,7 +1851,7 @@ int TVDatabase::append_block(const std::string& transaction, bool changed_only)
                 get_tverror()->clear_last_error();
             }
         }
-        d->m_lastPartialWrite = get_counter(true);
+        mark_partial_written();
         d->m_firstPartialWrite = false;
         d->m_partialAhead = true;
         return TVErrC_ok;
@@ -1962,7 +2095,8 @@ int TVDatabase::replace_file(const std::string& text)
         }
         set_filename(file);
         d->m_isLoaded = true;
-        d->m_lastFullWrite = d->m_lastPartialWrite = get_counter(true);
+        mark_partial_written();
+        d->m_lastFullWrite = d->m_lastPartialWrite;
         d->m_firstPartialWrite = true;
         TV_PASS_ON(initialise(true));
         return TVErrC_ok;

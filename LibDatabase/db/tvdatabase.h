@@ -96,6 +96,9 @@ public:
     static constexpr int C_TombstoneDays = 7;
     static constexpr int C_RecalcWaitMs = 10000;
     static constexpr int C_SaveStatusDelayMicro = 1000000;
+    // The change journal holds at least this many ids before it gives up
+    // for a look at every object.
+    static constexpr size_t C_JournalMinimum = 1024;
 
     TVDatabase();
     TVDatabase(const TVDatabase&) = delete;
@@ -228,6 +231,10 @@ public:
     // loaded without a replay): the main file is behind, though every
     // finished operation may be safe in the partial file.
     bool changed_since_full_write() const;
+    // The object of that id was stamped: the objects tell their database
+    // (through the host), so that a partial write finds what changed
+    // without looking at every object.
+    void note_changed(int id);
 
     // ---- Identity of the file -----------------------------------------------
 
@@ -408,6 +415,8 @@ private:
                                     bool manual);
     [[nodiscard]] int rebuild_after(int index_result);
     [[nodiscard]] int append_block(const std::string& transaction, bool changed_only);
+    void mark_partial_written();
+    std::vector<const TVDBObject*> changed_objects(long since) const;
     // Loaded and holding id (the database included); otherwise reports
     // and returns null.
     TVDBObject* find_for_edit(int id) const;

@@ -39,6 +39,10 @@ public:
     virtual void record_structure_change(TVDatabase& db, long counter) const = 0;
     // The application's file version that the database reads with.
     virtual int appfileversion(const TVDatabase& db) const = 0;
+    // The object of that id, which names db as its database, was stamped
+    // (mark_update). db may be gone (a copy outlived it): the host checks
+    // before it asks it anything.
+    virtual void object_updated(const TVDatabase* db, int id) const = 0;
 
     // Not owned; it must outlive every database. Null uninstalls.
     static void install(const TVDBHost* host);

@@ -506,6 +506,13 @@ const std::string& TVDBObject::get_member_tag() const
     return d->m_memberTag;
 }
 
+void TVDBObject::stamped()
+{
+    const TVDBHost* host = TVDBHost::installed();
+    if (host != nullptr && d != nullptr && d->m_database != nullptr)
+        host->object_updated(d->m_database, get_id());
+}
+
 TVDatabase* TVDBObject::get_database() const
 {
     return d->m_database;

@@ -214,6 +214,10 @@ public:
     int get_alert_state() const;
     void set_alert_state(int state);
 
+protected:
+    // Tells the database (through the host) that this object changed.
+    void stamped() override;
+
 private:
     struct TVDBObjectImpl;
 

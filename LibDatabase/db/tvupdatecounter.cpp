@@ -37,6 +37,7 @@ long TVUpdateCounter::mark_update()
 {
     const long value = tick();
     restore_update(value);
+    stamped();
     return value;
 }
 

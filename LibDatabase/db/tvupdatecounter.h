@@ -40,6 +40,11 @@ public:
 
     virtual void dump(std::ostream& out, int indent) const;
 
+protected:
+    // Told of every mark_update, once the stamp is set: a class whose
+    // owner keeps a list of what changed hooks in here.
+    virtual void stamped() {}
+
 private:
     static long tick();
 

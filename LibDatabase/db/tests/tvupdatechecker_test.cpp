@@ -43,17 +43,21 @@ public:
         fake(db).m_structure = counter;
     }
     int appfileversion(const TVDatabase&) const override { return 0; }
+    void object_updated(const TVDatabase*, int) const override {}
 };
 
 class UpdateCheckerTest : public ::testing::Test
 {
 protected:
-    UpdateCheckerTest() { TVDBHost::install(&m_host); }
-    ~UpdateCheckerTest() override { TVDBHost::install(nullptr); }
+    // The database layer's own host goes back afterwards: the databases
+    // of later tests hear of their objects' changes through it.
+    UpdateCheckerTest() : m_previous(TVDBHost::installed()) { TVDBHost::install(&m_host); }
+    ~UpdateCheckerTest() override { TVDBHost::install(m_previous); }
 
     TVDatabase* db() { return reinterpret_cast<TVDatabase*>(&m_db); }
 
     TestClock m_clock{1717329600};
+    const TVDBHost* m_previous;
     FakeHost m_host;
     FakeDatabase m_db;
     TVUpdateChecker m_checker;
