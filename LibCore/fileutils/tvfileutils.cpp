@@ -106,6 +106,13 @@ int sync_path(const std::string& name, bool directory)
         return tverror(TVErrC_FileOpen, TVLOCATION, "Could not open %s (error %d - %s)",
                        name.c_str(), err, std::strerror(err));
     }
+    return tv_sync_fd(fd.get(), name);
+}
+
+} // namespace
+
+int tv_sync_fd(int fd, const std::string& name)
+{
     int rc = 0;
     int err = 0;
     if (TVFileFaults::should_fail(TVFileFaults::E_OpSync, name)) {
@@ -115,11 +122,11 @@ int sync_path(const std::string& name, bool directory)
 #ifdef __APPLE__
         // fsync on macOS only reaches the drive's cache; F_FULLFSYNC reaches
         // the platter. Some file systems refuse it, then fsync is the best.
-        rc = ::fcntl(fd.get(), F_FULLFSYNC);
+        rc = ::fcntl(fd, F_FULLFSYNC);
         if (rc != 0)
-            rc = ::fsync(fd.get());
+            rc = ::fsync(fd);
 #else
-        rc = ::fsync(fd.get());
+        rc = ::fsync(fd);
 #endif
         err = errno;
     }
@@ -128,6 +135,8 @@ int sync_path(const std::string& name, bool directory)
                        name.c_str(), err, std::strerror(err));
     return TVErrC_ok;
 }
+
+namespace {
 
 // Copies from's bytes (and mode) to a fresh name beside to and flushes
 // them, so that a rename can put a whole file in to's place. The name made,

@@ -88,6 +88,9 @@ bool tv_file_compare(const std::string& a, const std::string& b);
 // failed flush, TVErrC_FileWrite "Could not sync %s (error %d - %s)".
 [[nodiscard]] int tv_sync_file(const std::string& name);
 [[nodiscard]] int tv_sync_dir(const std::string& name);
+// The same flush through a descriptor the caller holds open (name is for
+// the fault seam and the message only).
+[[nodiscard]] int tv_sync_fd(int fd, const std::string& name);
 
 // ---- Path names (text only, never touch the disk) -------------------------
 

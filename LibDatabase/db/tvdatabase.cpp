@@ -1810,7 +1810,8 @@ int TVDatabase::append_block(const std::string& transaction, bool changed_only)
         const std::string& partial = d->m_partialFile;
         // The header goes at the head of the file, and only there.
         std::error_code ec;
-        const bool first = !tv_file_exists(partial) || std::filesystem::file_size(partial, ec) == 0;
+        const std::uintmax_t size = std::filesystem::file_size(partial, ec);
+        const bool first = ec || size == 0;
         std::ostringstream block;
         // The block, with its transaction line, is the operation's one
         // flushed write; the index record follows unflushed, and a load

@@ -4,61 +4,70 @@
 #include "LibCore/fileutils/tvfilefaults.h"
 #include "LibCore/fileutils/tvfileutils.h"
 
-#include <filesystem>
+#include <cerrno>
+#include <fcntl.h>
 #include <fstream>
 #include <sstream>
-#include <system_error>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
-std::uintmax_t size_of(const std::string& name)
+// Writes all of text, riding over short writes; false on an error.
+bool write_all(int fd, const std::string& text)
 {
-    std::error_code ec;
-    const std::uintmax_t size = std::filesystem::file_size(name, ec);
-    return ec ? 0 : size;
-}
-
-// Best effort: the write has already failed, and that is what is reported.
-void cut_back(const std::string& name, bool append, std::uintmax_t size)
-{
-    if (!append)
-        return;
-    std::error_code ec;
-    std::filesystem::resize_file(name, size, ec);
+    size_t done = 0;
+    while (done < text.size()) {
+        const ssize_t n = ::write(fd, text.data() + done, text.size() - done);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return false;
+        done += static_cast<size_t>(n);
+    }
+    return true;
 }
 } // namespace
 
+// One open for the write and the flush: an operation's append costs one
+// open, one write, one fsync and one close, whatever the size of the file.
 int tv_db_write_file(const std::string& name, const std::string& text, bool append, bool sync)
 {
     try {
-        TV_PASS_ON(tv_create_dir(tv_dirname(name), true));
-        const std::uintmax_t before = append ? size_of(name) : 0;
+        const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | (append ? O_APPEND : O_TRUNC);
         if (TVFileFaults::should_fail(TVFileFaults::E_OpWrite, name))
             return tverror(TVErrC_FileWrite, TVLOCATION, "Failed write of %s", name.c_str());
-        {
-            std::ofstream out(name, std::ios::binary | (append ? std::ios::app : std::ios::trunc));
-            if (!out)
-                return tvwarning(TVErrC_FileCreate, TVLOCATION, "Could not create the file %s",
-                                 name.c_str());
-            out.write(text.data(), static_cast<std::streamsize>(text.size()));
-            out.close();
-            if (!out) {
-                cut_back(name, append, before);
-                return tverror(TVErrC_FileWrite, TVLOCATION, "Failed write of %s", name.c_str());
+        int fd = ::open(name.c_str(), flags, 0666);
+        if (fd < 0 && errno == ENOENT) {
+            TV_PASS_ON(tv_create_dir(tv_dirname(name), true));
+            fd = ::open(name.c_str(), flags, 0666);
+        }
+        if (fd < 0)
+            return tvwarning(TVErrC_FileCreate, TVLOCATION, "Could not create the file %s",
+                             name.c_str());
+        struct stat st;
+        const off_t before = append && ::fstat(fd, &st) == 0 ? st.st_size : 0;
+        // A failed append is cut back: a half block never stays in a log.
+        const auto fail = [&](int result) {
+            if (append)
+                (void)::ftruncate(fd, before);
+            ::close(fd);
+            return result;
+        };
+        if (!write_all(fd, text))
+            return fail(tverror(TVErrC_FileWrite, TVLOCATION, "Failed write of %s", name.c_str()));
+        if (sync) {
+            int result = TVErrC_ok;
+            try {
+                result = tv_sync_fd(fd, name);
+            } catch (const TVErrDetails&) {
+                fail(TVErrC_ok);
+                tv_trail_throw(TVLOCATION);
             }
+            if (istvwarn(result))
+                return fail(tv_trail_return(result, TVLOCATION));
         }
-        if (!sync)
-            return TVErrC_ok;
-        int result = TVErrC_ok;
-        try {
-            result = tv_sync_file(name);
-        } catch (const TVErrDetails&) {
-            cut_back(name, append, before);
-            tv_trail_throw(TVLOCATION);
-        }
-        if (istvwarn(result)) {
-            cut_back(name, append, before);
-            return tv_trail_return(result, TVLOCATION);
-        }
+        if (::close(fd) != 0)
+            return tverror(TVErrC_FileWrite, TVLOCATION, "Failed write of %s", name.c_str());
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

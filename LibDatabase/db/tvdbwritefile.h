@@ -3,7 +3,8 @@
 
 // tv_db_write_file: the one way the database puts bytes on the disk.
 //
-// Writes text to name in one call (replacing the file, or appended to it),
+// Writes text to name in one call (replacing the file, or appended to it,
+// through one descriptor),
 // then, with sync, flushes it to the disk: TVErrC_ok means the bytes are
 // there. Without sync they are as safe as the next flush of the file (a
 // record that can be rebuilt from what was flushed). The
