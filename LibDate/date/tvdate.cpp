@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <initializer_list>
 #include <istream>
 #include <ostream>
 
@@ -432,6 +433,29 @@ void TVDate::dump(std::ostream& out, int indent) const
 
 // ---- Stream form ------------------------------------------------------------
 
+namespace {
+// Appends value as printf's "%0*d" would: zero-padded to width, the sign
+// counted in it. Every stored date goes through here, so no printf.
+void put_padded(char*& at, int value, int width)
+{
+    char digits[12];
+    int n = 0;
+    unsigned magnitude = value < 0 ? 0u - static_cast<unsigned>(value) : static_cast<unsigned>(value);
+    do {
+        digits[n++] = static_cast<char>('0' + magnitude % 10);
+        magnitude /= 10;
+    } while (magnitude != 0);
+    if (value < 0) {
+        *at++ = '-';
+        --width;
+    }
+    for (int pad = width - n; pad > 0; --pad)
+        *at++ = '0';
+    while (n > 0)
+        *at++ = digits[--n];
+}
+} // namespace
+
 std::ostream& operator<<(std::ostream& out, const TVDate& date)
 {
     int year = 0;
@@ -442,17 +466,17 @@ std::ostream& operator<<(std::ostream& out, const TVDate& date)
     int hour = second / TVDate::C_HourSecs;
     int minute = second % TVDate::C_HourSecs / TVDate::C_MinSecs;
     second %= TVDate::C_MinSecs;
-    char buffer[64];
-    int n;
-    if (date.get_microsecond() == 0)
-        n = std::snprintf(buffer, sizeof buffer, "%02d%02d%02d%02d%02d%05d%06d", second, minute,
-                          hour, day, month, year, date.get_timezone());
-    else
-        n = std::snprintf(buffer, sizeof buffer, "%06d%02d%02d%02d%02d%02d%05d%06d",
-                          date.get_microsecond(), second, minute, hour, day, month, year,
-                          date.get_timezone());
-    if (n > 0)
-        out.write(buffer, std::min(n, static_cast<int>(sizeof buffer) - 1));
+    // "%06d" microseconds (only when not 0), then "%02d" second, minute,
+    // hour, day and month, "%05d" year and "%06d" zone.
+    char buffer[96];
+    char* at = buffer;
+    if (date.get_microsecond() != 0)
+        put_padded(at, date.get_microsecond(), 6);
+    for (int part : {second, minute, hour, day, month})
+        put_padded(at, part, 2);
+    put_padded(at, year, 5);
+    put_padded(at, date.get_timezone(), 6);
+    out.write(buffer, at - buffer);
     return out;
 }
 
