@@ -102,6 +102,7 @@ void ExerciseListQt::build_form()
     d->m_exercises->setHeaderLabels({"Exercise", "Schedule"});
     d->m_exercises->setRootIsDecorated(false);
     d->m_exercises->header()->setSectionResizeMode(C_ColName, QHeaderView::Stretch);
+    d->m_exercises->header()->setSectionResizeMode(C_ColSchedule, QHeaderView::ResizeToContents);
     d->m_exercises->header()->setStretchLastSection(false);
 
     d->m_reminders = new QTreeWidget(this);

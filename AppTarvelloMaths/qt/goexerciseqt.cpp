@@ -20,7 +20,9 @@
 #include <QPushButton>
 #include <QResizeEvent>
 #include <QSignalBlocker>
+#include <QTextBlock>
 #include <QTextBrowser>
+#include <QTextCursor>
 #include <QTimer>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -100,6 +102,7 @@ struct GoExerciseQt::GoExerciseImpl {
     QIcon m_tick;
     QIcon m_cross;
     QIcon m_runner;
+    QFont m_numberFont;
     int m_markerRow = -1;
     bool m_chart = false;
 };
@@ -165,17 +168,26 @@ void GoExerciseQt::build_form()
     d->m_status->setFont(statusFont);
     d->m_status->setMaximumHeight(100);
     d->m_status->setFocusPolicy(Qt::NoFocus);
+    d->m_status->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    d->m_status->setFrameShape(QFrame::NoFrame);
+    d->m_status->document()->setDocumentMargin(2);
+    d->m_status->setStyleSheet("background: #eaf4ff; color: #1d3557;");
 
     d->m_list = new QTreeWidget(this);
     d->m_list->setObjectName("questionList");
     QFont listFont = d->m_list->font();
     listFont.setPointSize(16);
     d->m_list->setFont(listFont);
+    d->m_numberFont = listFont;
+    d->m_numberFont.setPointSize(11);
     d->m_list->setFocusPolicy(Qt::StrongFocus);
     d->m_list->setAlternatingRowColors(false);
     d->m_list->setRootIsDecorated(false);
     d->m_list->setItemsExpandable(false);
     d->m_list->setExpandsOnDoubleClick(false);
+    // The row being typed in is shown by its field's cursor; a selection bar
+    // would hide the row's colour.
+    d->m_list->setSelectionMode(QAbstractItemView::NoSelection);
     d->m_list->setColumnCount(C_NColumns);
     d->m_list->setHeaderLabels({"", "Question", "", "", "", ""});
     d->m_list->header()->setStretchLastSection(true);
@@ -216,9 +228,17 @@ void GoExerciseQt::set_defaults()
     if (const Go* go = get_go())
         d->m_bestTime = d->m_db.get_best_time(go->get_exercise(), -1);
 
-    d->m_tick = QIcon(C_TickIcon);
-    d->m_cross = QIcon(C_CrossIcon);
-    d->m_runner = QIcon(C_RunnerIcon);
+    // The marks drawn at 24 pixels, from the larger renders, so that a
+    // child sees them at a glance.
+    auto mark = [](const char* small) {
+        QIcon icon(small);
+        icon.addFile(QString(small).replace("/16/", "/32/"));
+        return icon;
+    };
+    d->m_tick = mark(C_TickIcon);
+    d->m_cross = mark(C_CrossIcon);
+    d->m_runner = mark(C_RunnerIcon);
+    d->m_list->setIconSize(QSize(24, 24));
 
     d->m_scene = new QGraphicsScene(this);
     d->m_view = new QGraphicsView(d->m_scene, this);
@@ -264,6 +284,11 @@ void GoExerciseQt::update_display()
             const Question* question = go->get_question_no(i);
             auto* item = new QTreeWidgetItem(d->m_list);
             item->setText(C_ColNumber, QString::number(i + 1));
+            // Two digits within the narrow number column.
+            item->setFont(C_ColNumber, d->m_numberFont);
+            item->setForeground(C_ColNumber, QColor(110, 110, 110));
+            item->setTextAlignment(C_ColNumber, Qt::AlignRight | Qt::AlignVCenter);
+            item->setForeground(C_ColWrong, QColor(190, 40, 40));
             item->setText(C_ColQuestion, QString::fromStdString(question->get_text()));
             item->setData(C_ColNumber, Qt::UserRole, i);
             auto* edit = new TVLineEditQt();
@@ -436,6 +461,11 @@ int GoExerciseQt::refresh(bool stamp)
         display_stats();
     }
     d->m_status->setPlainText(QString::fromStdString("\n    " + status));
+    // The empty first line is only a gap: kept short, two lines of status
+    // fit the box.
+    QTextBlockFormat gap;
+    gap.setLineHeight(30, QTextBlockFormat::ProportionalHeight);
+    QTextCursor(d->m_status->document()->firstBlock()).mergeBlockFormat(gap);
 
     d->m_markerRow = pace_row(elapsedSecs);
     for (int i = 0; i < d->m_list->topLevelItemCount() && i < go->get_nquestions(); ++i) {
@@ -543,7 +573,7 @@ void GoExerciseQt::display_stats()
         return left + (right - left) * static_cast<double>(index) / static_cast<double>(times.size() - 1);
     };
 
-    const QPen gridPen(QColor(180, 180, 180), 1.0);
+    const QPen gridPen(QColor(215, 215, 215), 1.0);
     for (double value = floorValue; value <= ceilValue + step / 2; value += step) {
         const double y = y_of(value);
         scene->addLine(left, y, right, y, gridPen);
@@ -554,20 +584,51 @@ void GoExerciseQt::display_stats()
         text->setPos(left - box.width() - 5, y - box.height() / 2);
     }
 
-    const QPen linePen(QColor(30, 90, 200), 2.0);
+    // The axes, and the runs numbered along the bottom (at most about ten
+    // numbers, so they never crowd).
+    const QPen axisPen(QColor(90, 90, 90), 1.5);
+    scene->addLine(left, top, left, bottom, axisPen);
+    scene->addLine(left, bottom, right, bottom, axisPen);
+    const size_t every = std::max<size_t>(1, (times.size() + 9) / 10);
+    for (size_t i = 0; i < times.size(); i += every) {
+        QGraphicsSimpleTextItem* text = scene->addSimpleText(QString::number(i + 1));
+        const QRectF box = text->boundingRect();
+        text->setPos(x_of(i) - box.width() / 2, bottom + 4);
+    }
+
+    const QColor lineColour(30, 90, 200);
+    const QColor bestColour(20, 140, 60);
+    const QColor newestColour(230, 110, 0);
+    const QPen linePen(lineColour, 2.0);
     for (size_t i = 1; i < times.size(); ++i)
         scene->addLine(x_of(i - 1), y_of(times[i - 1]), x_of(i), y_of(times[i]), linePen);
-
-    auto label_point = [&](size_t index) {
-        QGraphicsSimpleTextItem* text = scene->addSimpleText(
-            QString::fromStdString(format("%.1f seconds", times[index])));
-        text->setPos(x_of(index) + 4, y_of(times[index]) - text->boundingRect().height() - 2);
-    };
     const size_t newest = times.size() - 1;
     const size_t best = static_cast<size_t>(std::min_element(times.begin(), times.end()) - times.begin());
-    label_point(newest);
+    for (size_t i = 0; i < times.size(); ++i) {
+        const QColor colour = i == best ? bestColour : i == newest ? newestColour : lineColour;
+        const double r = i == newest || i == best ? 5.0 : 3.0;
+        scene->addEllipse(x_of(i) - r, y_of(times[i]) - r, 2 * r, 2 * r, QPen(Qt::white, 1.0), QBrush(colour));
+    }
+
+    // Labels stay inside the chart: left of their point near the right
+    // edge, and the best's below its point so that it clears the newest's.
+    QFont labelFont = font();
+    labelFont.setPointSize(12);
+    labelFont.setBold(true);
+    auto label_point = [&](size_t index, const QColor& colour, bool below) {
+        QGraphicsSimpleTextItem* text = scene->addSimpleText(
+            QString::fromStdString(format("%.1f seconds", times[index])), labelFont);
+        text->setBrush(colour);
+        const QRectF box = text->boundingRect();
+        double x = x_of(index) + 8;
+        if (x + box.width() > width - 4)
+            x = x_of(index) - 8 - box.width();
+        const double y = below ? y_of(times[index]) + 6 : y_of(times[index]) - box.height() - 6;
+        text->setPos(std::max(2.0, x), std::clamp(y, 2.0, height - box.height() - 2));
+    };
+    label_point(newest, best == newest ? bestColour : newestColour, false);
     if (best != newest)
-        label_point(best);
+        label_point(best, bestColour, true);
 
     d->m_view->show();
     d->m_view->raise();

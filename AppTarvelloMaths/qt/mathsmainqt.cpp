@@ -38,6 +38,7 @@
 #include <QPushButton>
 #include <QResizeEvent>
 #include <QScrollArea>
+#include <QStatusBar>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -55,10 +56,34 @@ const char* const C_Translucent = "background-color: rgba(255, 255, 255, 150);";
 const char* const C_BackgroundTip =
     "This area shows a different image (on rotation) after each exercise.   Use the Settings to "
     "choose your own background images.";
-// Large enough for a child to read from across the table.
-constexpr int C_ListPointSize = 16;
+// Large enough for a child to read from across the table, and small
+// enough that "Again" fits its 60 pixels.
+constexpr int C_ListPointSize = 14;
 constexpr int C_StatusPointSize = 20;
 constexpr int C_PanelMargin = 16;
+constexpr int C_RowHeight = 36;
+// The panels' shape and colours; their translucent background is their own
+// style sheet's.
+const char* const C_FrameStyle =
+    "QTreeWidget#sessionTree { border-radius: 14px; color: #1d3557; }"
+    "QTreeWidget#sessionTree::item { padding: 3px 0px; }"
+    "TVNotifyBarQt#notifyBar { background-color: rgba(255, 255, 255, 200); border: none;"
+    " border-radius: 10px; }"
+    "QLabel#sessionStatus { border-radius: 14px; color: #1d3557; }";
+const char* const C_HeaderStyle =
+    "QHeaderView { background: transparent; }"
+    "QHeaderView::section { background: transparent; color: #46607a; border: none;"
+    " padding: 2px 8px 6px 8px; font-weight: bold; }";
+const char* const C_GoStyle =
+    "QPushButton { background-color: #2e9d4a; color: white; border: none; border-radius: 9px;"
+    " padding: 3px 2px; font-weight: bold; }"
+    "QPushButton:hover { background-color: #36b556; }"
+    "QPushButton:pressed { background-color: #23793a; }";
+const char* const C_AgainStyle =
+    "QPushButton { background-color: #2f78c4; color: white; border: none; border-radius: 9px;"
+    " padding: 3px 2px; }"
+    "QPushButton:hover { background-color: #3a8ae0; }"
+    "QPushButton:pressed { background-color: #245f9c; }";
 
 // A fallible call as a value, whatever the error action.
 template <class F>
@@ -138,6 +163,7 @@ void MathsMainQt::setup_form()
 
     mainWidget = new QWidget(centralwidget);
     mainWidget->setObjectName("mainWidget");
+    mainWidget->setStyleSheet(C_FrameStyle);
     auto* mainLayout = new QVBoxLayout(mainWidget);
     mainLayout->setContentsMargins(C_PanelMargin, C_PanelMargin, C_PanelMargin, C_PanelMargin);
     mainLayout->setSpacing(12);
@@ -181,6 +207,9 @@ void MathsMainQt::setup_form()
     sessionTree->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     sessionTree->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     sessionTree->header()->setStretchLastSection(false);
+    sessionTree->header()->setStyleSheet(C_HeaderStyle);
+    sessionTree->header()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    sessionTree->setFocusPolicy(Qt::NoFocus);
     listColumn->addWidget(sessionTree, 0, Qt::AlignLeft | Qt::AlignTop);
 
     QFont statusFont = font();
@@ -237,6 +266,14 @@ void MathsMainQt::setup_form()
     add_button(mButtonBox, ":/TarvelloMathsImages/images/32/ZoomAll.png",
                "Zoom the background image all the way out.", SLOT(zoom_out_all()));
     mainLayout->addWidget(mButtonBox);
+
+    // The status line shows only while it has something to say, so that
+    // the picture reaches the bottom of the window.
+    QStatusBar* bar = statusBar();
+    bar->setSizeGripEnabled(false);
+    bar->hide();
+    connect(bar, &QStatusBar::messageChanged, bar,
+            [bar](const QString& message) { bar->setVisible(!message.isEmpty()); });
 }
 
 QToolButton* MathsMainQt::add_button(QWidget* box, const char* icon, const char* tip,
@@ -399,6 +436,8 @@ void MathsMainQt::display_session()
         if (exercise != nullptr)
             add_row(*go, *exercise);
     }
+    // An empty list would be a bare header: the welcome page says it all.
+    sessionTree->setVisible(sessionTree->topLevelItemCount() > 0);
     const std::string status = status_text(m_mathsDB.get_remaining_exercises());
     sessionStatus->setText(QString::fromStdString(status));
     const QSize text =
@@ -430,10 +469,15 @@ void MathsMainQt::add_row(const Go& go, const Exercise& exercise)
 
     auto* button = new QPushButton(go.is_complete() ? "Again" : "Go");
     button->setMaximumWidth(C_GoButtonWidth);
+    button->setMinimumWidth(C_GoButtonWidth);
     button->setFont(sessionTree->font());
+    button->setStyleSheet(go.is_complete() ? C_AgainStyle : C_GoStyle);
+    button->setCursor(Qt::PointingHandCursor);
     button->setProperty("Go", id);
     connect(button, SIGNAL(clicked()), this, SLOT(go_exercise()));
     sessionTree->setItemWidget(item, 0, button);
+    // Rows as tall as a comfortable button.
+    item->setSizeHint(0, QSize(C_GoButtonWidth, C_RowHeight));
 
     const int height = std::max(sessionTree->visualItemRect(item).height(),
                                 button->sizeHint().height());

@@ -187,8 +187,10 @@ public:
     void poll()
     {
         MathsMainQt* window = m_maths.get_main_window();
+        // The first update after the load has drawn the window: until then
+        // the load is still on the stack.
         if (m_started || window == nullptr || m_maths.get_db() == nullptr || !m_maths.get_db()->is_loaded() ||
-            !window->isVisible())
+            !window->isVisible() || !window->get_last_update().is_ok())
             return;
         m_started = true;
         shoot_all(*window, *m_maths.get_db());
@@ -278,8 +280,11 @@ private:
             advance(3.1);
             settle(30);
         }
-        // One slip, to show its mark.
-        QTest::keyClicks(runWindow->input_field(n / 2 + 1), "1");
+        // One slip, to show its mark: the right answer with its last digit
+        // moved on.
+        std::string slip = run->get_question_no(n / 2 + 1)->solution_text();
+        slip.back() = slip.back() == '9' ? '0' : static_cast<char>(slip.back() + 1);
+        QTest::keyClicks(runWindow->input_field(n / 2 + 1), QString::fromStdString(slip));
         settle(300);
         save(runWindow, "3-run.png");
 

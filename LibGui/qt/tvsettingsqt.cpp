@@ -7,6 +7,8 @@
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 #include "LibCore/error/tverror.h"
 #include "LibGui/qt/tvhelpqt.h"
 #include "LibGui/qt/tvsettingsformqt.h"
@@ -18,7 +20,7 @@ TVSettingsQt::TVSettingsQt(QWidget* parent) : TVDialogQt(parent)
     m_list = new QListWidget(this);
     m_list->setObjectName("pageList");
     m_list->setIconSize(QSize(32, 32));
-    m_list->setMaximumWidth(200);
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_stack = new QStackedWidget(this);
     m_stack->setObjectName("pageStack");
     m_buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Help, this);
@@ -49,6 +51,12 @@ void TVSettingsQt::add_form(TVSettingsFormQt* form, const std::string& icon)
     QListWidgetItem* item = new QListWidgetItem(QString::fromStdString(form->get_title()), m_list);
     if (!icon.empty())
         item->setIcon(QIcon(QString::fromStdString(icon)));
+    // Every title whole: icon, gap and text, with room for a scroll bar.
+    int wanted = 160;
+    for (int i = 0; i < m_list->count(); ++i)
+        wanted = std::max(wanted, m_list->iconSize().width() +
+                                      m_list->fontMetrics().horizontalAdvance(m_list->item(i)->text()) + 48);
+    m_list->setFixedWidth(wanted);
     if (m_forms.size() == 1)
         m_list->setCurrentRow(0);
 }
