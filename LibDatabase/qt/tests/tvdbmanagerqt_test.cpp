@@ -10,6 +10,7 @@
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/qt/tests/tvdbqttest.h"
+#include "LibCore/param/tvparam.h"
 #include "LibCore/ptrarray/tvtagvalue.h"
 #include "LibGui/qt/tvapplicationqt.h"
 #include "LibGui/qt/tvmessageboxscript.h"
@@ -251,6 +252,20 @@ TEST_F(ManagerTest, UrlThatCameBeforeTheFileReachesTheWindowOnceLoaded)
     EXPECT_EQ(window->m_urls, (Labels{"open|some file|x=1", "refresh||x=2"}));
     delete window;
     EXPECT_EQ(app->window_count(), 0);
+}
+
+// Quitting remembers the open file as the session, for the next start.
+TEST_F(ManagerTest, QuitRecordsTheOpenFileAsTheSession)
+{
+    qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(m_dir.path().toStdString() + "/config"));
+    ASSERT_EQ(m_app->setup_parameters(), TVErrC_ok);
+    start(60000);
+    EXPECT_EQ(m_window->user_quit(true), TVErrC_ok);
+    EXPECT_TRUE(drain([&] { return !m_db->is_loaded(); }));
+    m_app->load_recent();
+    EXPECT_EQ(m_app->get_session(), Labels{m_file});
+    EXPECT_EQ(m_app->get_first_file(), m_file);
+    TVParam::release();
 }
 
 // The whole life of a file in a throwaway window: a process that opened
