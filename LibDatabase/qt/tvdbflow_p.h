@@ -6,6 +6,7 @@
 // the label a button string answers with.
 
 #include "LibCore/error/tverror.h"
+#include "LibDatabase/qt/tvdbmanagerqt.h"
 #include "LibGui/base/tvmessagebox.h"
 
 #include <string>
@@ -25,6 +26,13 @@ int call(F&& f)
 inline std::string label(const char* key)
 {
     return TVMessageBox::parse_key(key).label;
+}
+
+// The word of the manager's default file; without a manager, the
+// application's name.
+inline std::string default_word(const TVDBManagerQt* manager)
+{
+    return manager != nullptr ? manager->get_ext_word() : std::string();
 }
 
 } // namespace tvdbflow

@@ -102,7 +102,9 @@ void TVDBImportQt::db_import3(std::string choice)
         // Into the application's folder, where its files live; a first
         // import becomes the default file.
         std::string target;
-        if (stopped(call([&] { return TVDBManager::get_default_filename(target, ""); })))
+        if (stopped(call([&] {
+            return TVDBManager::get_default_filename(target, tvdbflow::default_word(m_manager));
+        })))
             return;
         if (tv_file_exists(target))
             target = tvapplication()->get_data_dir() + "/" + tv_filename(m_filename);

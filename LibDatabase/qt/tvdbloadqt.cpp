@@ -99,7 +99,9 @@ void TVDBLoadQt::load_step1()
     TVApplication* app = tvapplication();
     app->load_recent();
     std::string default_file;
-    if (stopped(call([&] { return TVDBManager::get_default_filename(default_file, ""); })))
+    if (stopped(call([&] {
+            return TVDBManager::get_default_filename(default_file, tvdbflow::default_word(m_manager));
+        })))
         return;
     if (!tv_file_exists(default_file)) {
         // A first start; but a file that exists was asked for by name and

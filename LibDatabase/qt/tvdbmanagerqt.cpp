@@ -104,6 +104,7 @@ int TVDBManagerQt::start(const std::string& file, bool multi_window, int update_
         m_updatePeriod = update_period;
         m_detailPeriod = detail_period;
         m_startArg = last;
+        m_extWord = ext_word;
         std::string name = file;
         if (name.empty())
             TV_PASS_ON(get_filename(name, ext_word, false));

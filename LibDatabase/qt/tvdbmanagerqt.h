@@ -71,6 +71,9 @@ public:
     // no timers: updates come only from on_db_changed.
     [[nodiscard]] int start(const std::string& file, bool multi_window, int update_period,
                             int detail_period, const std::string& ext_word, int last);
+    // The word that names the program's default file ("maths" gives
+    // maths.tvmaths); empty for the application's name.
+    const std::string& get_ext_word() const { return m_extWord; }
 
     // ---- User commands (the menus' actions) ---------------------------------
     [[nodiscard]] int user_create(const std::string& caption, const std::string& filter,
@@ -204,6 +207,7 @@ private:
     std::unique_ptr<TVDBManagerQtImpl> d;
     bool m_multiWindow = true;
     int m_startArg = -1;
+    std::string m_extWord;
     int m_updatePeriod = C_DefaultUpdatePeriod;
     int m_detailPeriod = C_DefaultDetailPeriod;
     bool m_uiPause = false;

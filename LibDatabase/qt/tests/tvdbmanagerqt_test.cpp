@@ -10,6 +10,8 @@
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/qt/tests/tvdbqttest.h"
+#include "LibDatabase/qt/tvdbimportqt.h"
+#include "LibGui/qt/tvfileselectqt.h"
 #include "LibCore/param/tvparam.h"
 #include "LibCore/ptrarray/tvtagvalue.h"
 #include "LibGui/qt/tvapplicationqt.h"
@@ -266,6 +268,29 @@ TEST_F(ManagerTest, QuitRecordsTheOpenFileAsTheSession)
     EXPECT_EQ(m_app->get_session(), Labels{m_file});
     EXPECT_EQ(m_app->get_first_file(), m_file);
     TVParam::release();
+}
+
+// The word given to start names the default file for the flows too: a
+// first import takes that name, the one the next start will open.
+TEST_F(ManagerTest, ImportIntoAnEmptyFolderTakesTheDefaultNameOfTheStartWord)
+{
+    ASSERT_EQ(m_window->start(m_file, false, 0, 300000, "maths", 0), TVErrC_ok);
+    ASSERT_TRUE(drain([&] { return m_db->is_loaded(); }));
+    ASSERT_EQ(m_db->unload(), TVErrC_ok);
+    m_window->unlock();
+    std::string expected;
+    ASSERT_EQ(TVDBManager::get_default_filename(expected, "maths"), TVErrC_ok);
+    ASSERT_FALSE(tv_file_exists(expected));
+
+    TVFileSelectQt::Scoped chooser([&](TVFileSelectQt::Kind, const std::string&,
+                                       const std::string&, const std::string&) { return m_file; });
+    FlowEnd end;
+    TVDBImportQt::start_import(*m_db, "", "", true, true, m_window.get(),
+                               TVSlotQt(&end, SLOT(complete(std::string))),
+                               TVSlotQt(&end, SLOT(failed())), TVSlotQt(&end, SLOT(cancelled())));
+    ASSERT_TRUE(drain([&] { return !end.m_end.empty(); }));
+    EXPECT_EQ(end.m_end, "complete " + expected);
+    EXPECT_EQ(slurp(expected), slurp(m_file));
 }
 
 // The whole life of a file in a throwaway window: a process that opened
