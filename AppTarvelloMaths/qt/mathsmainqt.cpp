@@ -51,6 +51,7 @@ namespace {
 
 const char* const C_WelcomePage = "maths_welcome.html";
 const char* const C_ClockIcon = ":/LibGui/images/32/Clock.png";
+const char* const C_WarningIcon = ":/LibGui/images/32/Warning.png";
 const char* const C_ProgramIcon = ":/TarvelloMathsImages/images/original/TarvelloMaths.png";
 const char* const C_Translucent = "background-color: rgba(255, 255, 255, 150);";
 const char* const C_BackgroundTip =
@@ -713,7 +714,7 @@ void MathsMainQt::manual_selected()
 void MathsMainQt::preferences_selected()
 {
     auto* settings = new TVSettingsQt(this);
-    settings->add_form(new TVNotifySettingsQt(get_notify()), C_ClockIcon);
+    settings->add_form(new TVNotifySettingsQt(get_notify()), C_WarningIcon);
     if (!is_mobile())
         settings->add_form(new TVLocaleQt(), C_ClockIcon);
     settings->add_form(MathsWindows::make_preferences(m_mathsDB), C_ProgramIcon);

@@ -40,14 +40,24 @@ MathsPreferencesQt::MathsPreferencesQt(QWidget* parent) : TVSettingsFormQt(paren
     m_singleButton->setObjectName("imageSingleButton");
     m_singleButton->setToolTip("Select the image to display.");
 
+    // The page says in words what the two fields do: a parent opens it
+    // rarely and shouldn't have to hover to find out.
+    auto* intro = new QLabel(
+        "Each finished exercise brings a new picture behind the session list. "
+        "Choose a folder of your own pictures to cycle through, or one picture to keep, "
+        "or leave both empty for the animals that come with the program.",
+        this);
+    intro->setWordWrap(true);
+
     auto* layout = new QGridLayout(this);
-    layout->addWidget(m_dirLabel, 0, 0);
-    layout->addWidget(m_dirField, 0, 1);
-    layout->addWidget(m_dirButton, 0, 2);
-    layout->addWidget(m_singleLabel, 1, 0);
-    layout->addWidget(m_singleField, 1, 1);
-    layout->addWidget(m_singleButton, 1, 2);
-    layout->setRowStretch(2, 1);
+    layout->addWidget(intro, 0, 0, 1, 3);
+    layout->addWidget(m_dirLabel, 1, 0);
+    layout->addWidget(m_dirField, 1, 1);
+    layout->addWidget(m_dirButton, 1, 2);
+    layout->addWidget(m_singleLabel, 2, 0);
+    layout->addWidget(m_singleField, 2, 1);
+    layout->addWidget(m_singleButton, 2, 2);
+    layout->setRowStretch(3, 1);
 
     QMetaObject::connectSlotsByName(this);
 }

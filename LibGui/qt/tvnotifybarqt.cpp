@@ -23,9 +23,7 @@ TVNotifyBarQt::TVNotifyBarQt(QWidget* parent) : QFrame(parent)
     setFrameShape(QFrame::StyledPanel);
     m_icon = new QLabel(this);
     m_icon->setObjectName("warningIcon");
-    const QIcon icon = QFile::exists(C_WarningIcon) ? QIcon(C_WarningIcon)
-                                                    : style()->standardIcon(QStyle::SP_MessageBoxWarning);
-    m_icon->setPixmap(icon.pixmap(24, 24));
+    set_icon("");
     m_message = new QLabel(this);
     m_message->setObjectName("notificationMessage");
     m_message->setWordWrap(true);
@@ -87,7 +85,22 @@ void TVNotifyBarQt::update_display()
     }
     m_dismissed.clear();
     m_message->setText(QString::fromStdString(text));
+    const TVNotifyScheme* scheme = m_list->get_scheme_id(state);
+    set_icon(scheme != nullptr ? scheme->get_icon() : std::string());
     show();
+}
+
+// The leading scheme's own icon (a reminder's clock), else the warning sign.
+void TVNotifyBarQt::set_icon(const std::string& path)
+{
+    QIcon icon;
+    if (!path.empty() && QFile::exists(QString::fromStdString(path)))
+        icon = QIcon(QString::fromStdString(path));
+    else if (QFile::exists(C_WarningIcon))
+        icon = QIcon(C_WarningIcon);
+    else
+        icon = style()->standardIcon(QStyle::SP_MessageBoxWarning);
+    m_icon->setPixmap(icon.pixmap(24, 24));
 }
 
 void TVNotifyBarQt::clear_selection()

@@ -55,6 +55,7 @@ private slots:
     void item_selected(const TVId& id);
 
 private:
+    void set_icon(const std::string& path);
     QPointer<TVNotifyListQt> m_list;
     QLabel* m_icon;
     QLabel* m_message;
