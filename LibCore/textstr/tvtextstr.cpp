@@ -739,17 +739,17 @@ inline uint64_t has_special(uint64_t word)
 
 } // namespace
 
-std::string tv_stream_out(const std::string& text)
+void tv_stream_out_append(std::string_view text, std::string& out)
 {
     // Written straight into a buffer sized for the usual case (few escapes)
     // and doubled when a run of escapes outgrows it. Plain text moves eight
     // bytes at a time; a word holding a special byte goes byte by byte.
     const char* p = text.data();
     const char* const end = p + text.size();
-    std::string out;
-    out.resize(text.size() + text.size() / 8 + 16);
+    const size_t start = out.size();
+    out.resize(start + text.size() + text.size() / 8 + 16);
     char* base = &out[0];
-    char* o = base;
+    char* o = base + start;
     char* limit = base + out.size();
     while (p < end) {
         if (limit - o < 16) {  // room for eight bytes that all double
@@ -785,13 +785,17 @@ std::string tv_stream_out(const std::string& text)
         }
     }
     out.resize(static_cast<size_t>(o - base));
+}
+
+std::string tv_stream_out(const std::string& text)
+{
+    std::string out;
+    tv_stream_out_append(text, out);
     return out;
 }
 
-std::string tv_stream_in(const std::string& text)
+void tv_stream_in_append(std::string_view text, std::string& out)
 {
-    std::string out;
-    out.reserve(text.size());
     const char* p = text.data();
     const char* end = p + text.size();
     while (p < end) {
@@ -809,5 +813,12 @@ std::string tv_stream_in(const std::string& text)
         out += hit[1] == 'n' ? '\n' : hit[1];
         p = hit + 2;
     }
+}
+
+std::string tv_stream_in(const std::string& text)
+{
+    std::string out;
+    out.reserve(text.size());
+    tv_stream_in_append(text, out);
     return out;
 }

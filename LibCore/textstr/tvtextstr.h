@@ -14,6 +14,7 @@
 #include <cstdarg>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // printf into a byte string.
@@ -139,5 +140,8 @@ std::string tv_stream_out(const std::string& text);
 // Backslash + n -> LF, backslash + other -> other; a lone trailing backslash
 // stays.
 std::string tv_stream_in(const std::string& text);
+// The same, appended to out.
+void tv_stream_out_append(std::string_view text, std::string& out);
+void tv_stream_in_append(std::string_view text, std::string& out);
 
 #endif

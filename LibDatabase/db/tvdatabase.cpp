@@ -145,7 +145,7 @@ struct Block {
     size_t end;
 };
 
-std::vector<Block> split_blocks(const std::string& text)
+std::vector<Block> split_blocks(std::string_view text)
 {
     const std::string mark = std::string("!") + TVDatabase::C_DlmtTransaction + "!";
     std::vector<Block> blocks{{0, 0}};
@@ -1162,11 +1162,19 @@ int TVDatabase::write(std::ostream& out, long since, bool first, const std::stri
 
 int TVDatabase::read(std::istream& in, bool partial, bool skip_saved)
 {
-    std::string first;
-    if (!std::getline(in, first))
-        first.clear();
-    const size_t headerBytes = in.eof() ? first.size() : first.size() + 1;
-    std::string line = first;
+    std::ostringstream all;
+    all << in.rdbuf();
+    return read_text(all.str(), partial, skip_saved);
+}
+
+int TVDatabase::read_text(std::string_view text, bool partial, bool skip_saved)
+{
+    std::string_view rest = text;
+    std::string_view first;
+    if (!TVSerialForm::next_line(rest, first))
+        first = std::string_view();
+    const size_t headerBytes = static_cast<size_t>(text.size() - rest.size());
+    std::string line(first);
     TVSerialForm::strip_line_ends(line);
     if (rtrim(line) != C_DlmtDBIdentifier) {
         if (partial)
@@ -1174,10 +1182,6 @@ int TVDatabase::read(std::istream& in, bool partial, bool skip_saved)
         return tverror(TVErrC_NotADatabase, TVLOCATION,
                        "The file you are opening is not a database file.");
     }
-    std::ostringstream restStream;
-    restStream << in.rdbuf();
-    const std::string rest = restStream.str();
-
     std::vector<Block> blocks = partial ? split_blocks(rest) : std::vector<Block>{{0, rest.size()}};
     bool skip = partial && skip_saved && d->m_index.get_last_save() > 0;
     int maxId = d->m_uniqueId;
@@ -1223,7 +1227,7 @@ int TVDatabase::read(std::istream& in, bool partial, bool skip_saved)
 
 // One block, all or nothing: its objects are built first and go into the
 // database only when every one of them has read.
-int TVDatabase::read_block(const std::string& text, bool partial, bool skip_saved, bool& skip,
+int TVDatabase::read_block(std::string_view text, bool partial, bool skip_saved, bool& skip,
                            int& max_id, std::string& db_text)
 {
     struct Staged {
@@ -1231,7 +1235,7 @@ int TVDatabase::read_block(const std::string& text, bool partial, bool skip_save
         const std::string* m_text;
     };
     TVObject entries;
-    std::istringstream in(text);
+    std::string_view in = text;
     TV_PASS_ON(entries.read_class_entries(in));
     std::vector<Staged> staged;
     std::string blockDb;
@@ -1415,10 +1419,9 @@ int TVDatabase::load_file(const std::string& file)
     try {
         std::string text;
         TV_PASS_ON(tv_db_read_file(file, text));
-        std::istringstream in(text);
         int result = TVErrC_ok;
         try {
-            result = read(in, false, false);
+            result = read_text(text, false, false);
         } catch (const TVErrDetails&) {
             tvuserinfo_set("%s contains invalid data.", file.c_str());
             tvsysinfo_append(TVLOCATION, "reading %s", file.c_str());
@@ -1468,10 +1471,9 @@ int TVDatabase::load_partial(bool skip_saved)
         if (d->m_partialUnread)
             return tvwarning(TVErrC_CorruptPartial, TVLOCATION, "Could not open the file %s",
                              partial.c_str());
-        std::istringstream in(text);
         int result = TVErrC_ok;
         try {
-            result = read(in, true, skip_saved);
+            result = read_text(text, true, skip_saved);
         } catch (const TVErrDetails&) {
             result = tverrorvalue();
         }
@@ -2079,10 +2081,9 @@ int TVDatabase::replace_file(const std::string& text)
             TV_PASS_ON(clean_intermediate(false, true));
         TV_PASS_ON(unload());
         d->m_appType = appType;
-        std::istringstream in(text);
         int result = TVErrC_ok;
         try {
-            result = read(in, false, false);
+            result = read_text(text, false, false);
         } catch (const TVErrDetails&) {
             result = tverrorvalue();
         }

@@ -43,6 +43,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 class TVDatabase : public TVThread, public virtual TVDBObject
@@ -284,6 +285,8 @@ public:
     // nothing: a block that doesn't read stops the read with the blocks
     // before it applied, and get_partial_good_bytes() tells where it began.
     [[nodiscard]] int read(std::istream& in, bool partial, bool skip_saved);
+    // The same from the file's text in memory.
+    [[nodiscard]] int read_text(std::string_view text, bool partial, bool skip_saved);
     // Bytes of the partial file that the last read applied whole.
     long get_partial_good_bytes() const;
 
@@ -405,7 +408,7 @@ private:
     // Destroys every object; the names and flags stay.
     void clear_objects();
     TVDBObject* find_object(int id) const;
-    [[nodiscard]] int read_block(const std::string& text, bool partial, bool skip_saved,
+    [[nodiscard]] int read_block(std::string_view text, bool partial, bool skip_saved,
                                  bool& skip, int& max_id, std::string& db_text);
     [[nodiscard]] int load_file(const std::string& file);
     [[nodiscard]] int check_writable(bool loaded) const;

@@ -456,7 +456,9 @@ void put_padded(char*& at, int value, int width)
 }
 } // namespace
 
-std::ostream& operator<<(std::ostream& out, const TVDate& date)
+namespace {
+// The stored text into buffer; its end.
+char* put_stored(char* buffer, const TVDate& date)
 {
     int year = 0;
     int month = 0;
@@ -468,7 +470,6 @@ std::ostream& operator<<(std::ostream& out, const TVDate& date)
     second %= TVDate::C_MinSecs;
     // "%06d" microseconds (only when not 0), then "%02d" second, minute,
     // hour, day and month, "%05d" year and "%06d" zone.
-    char buffer[96];
     char* at = buffer;
     if (date.get_microsecond() != 0)
         put_padded(at, date.get_microsecond(), 6);
@@ -476,8 +477,37 @@ std::ostream& operator<<(std::ostream& out, const TVDate& date)
         put_padded(at, part, 2);
     put_padded(at, year, 5);
     put_padded(at, date.get_timezone(), 6);
-    out.write(buffer, at - buffer);
+    return at;
+}
+
+// What operator>> makes of the digits and "-" it gathered, not empty.
+void read_digits(const std::string& digits, TVDate& date);
+} // namespace
+
+std::ostream& operator<<(std::ostream& out, const TVDate& date)
+{
+    char buffer[96];
+    const char* end = put_stored(buffer, date);
+    out.write(buffer, end - buffer);
     return out;
+}
+
+void tv_date_append(std::string& out, const TVDate& date)
+{
+    char buffer[96];
+    const char* end = put_stored(buffer, date);
+    out.append(buffer, static_cast<size_t>(end - buffer));
+}
+
+bool tv_date_from_digits(const std::string& text, TVDate& date)
+{
+    if (text.empty())
+        return false;
+    for (const char c : text)
+        if (!std::isdigit(static_cast<unsigned char>(c)) && c != '-')
+            return false;
+    read_digits(text, date);
+    return true;
 }
 
 std::istream& operator>>(std::istream& in, TVDate& date)
@@ -523,6 +553,13 @@ std::istream& operator>>(std::istream& in, TVDate& date)
         in.setstate(std::ios::failbit);
         return in;
     }
+    read_digits(digits, date);
+    return in;
+}
+
+namespace {
+void read_digits(const std::string& digits, TVDate& date)
+{
     if (digits.size() <= C_TimeTDigits) {
         // Files of old wrote a bare time_t.
         date.set_time_t(std::atol(digits.c_str()), TVDate::C_DefaultTime);
@@ -532,7 +569,7 @@ std::istream& operator>>(std::istream& in, TVDate& date)
             TVDateUtils::date_is_dst(local.m_dayMonth, local.m_month, local.m_year));
         date = TVDate(date.get_year(), date.get_day_of_year(), date.get_second_of_day(),
                       date.get_microsecond(), zone);
-        return in;
+        return;
     }
     size_t pos = 0;
     auto field = [&](size_t width) {
@@ -553,8 +590,8 @@ std::istream& operator>>(std::istream& in, TVDate& date)
     // and such a date would not read back as written.
     if (date.get_year() > C_MaxStreamYear || date.get_year() < C_MinStreamYear) {
         date.set_invalid();
-        return in;
+        return;
     }
     date.set_timezone(zone);
-    return in;
 }
+} // namespace

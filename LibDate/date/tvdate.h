@@ -173,6 +173,11 @@ std::ostream& operator<<(std::ostream& out, const TVDate& date);
 // Reads digits and "-", or a quoted expression; see the stream form above.
 // Nothing to read gives the invalid date and sets failbit.
 std::istream& operator>>(std::istream& in, TVDate& date);
+// The same without a stream: the stored text appended to out; and a text
+// of digits and "-" alone read as operator>> reads it (false for any other
+// text, which only the stream reads).
+void tv_date_append(std::string& out, const TVDate& date);
+bool tv_date_from_digits(const std::string& text, TVDate& date);
 
 // Older code reached the helpers through this header alone.
 #include "LibDate/date/tvdateutils.h"

@@ -75,6 +75,15 @@ private:
     size_t m_depth;
 };
 
+// Whether the escape would change text: it holds NUL, LF, CR or backslash.
+bool needs_escape(const std::string& text)
+{
+    for (const char c : text)
+        if (c == '\0' || c == '\n' || c == '\r' || c == '\\')
+            return true;
+    return false;
+}
+
 bool is_field(const TVSerialisationEntry& entry)
 {
     return entry.get_entrytype() == TVSerialisationEntry::E_TaggedField;
@@ -96,14 +105,18 @@ int consume_entries(Entries& entries, TVSrl& srl, Match match, bool& found)
             ++i;
             continue;
         }
-        ReusedStream<std::istringstream> lease;
-        std::istringstream& text = lease.get();
-        text.str(entries[i]->get_value());
-        (void)entries.erase(i); // i is in range
         found = true;
-        const int result = srl.read(text);
-        if (istvwarn(result))
-            return result;
+        if (srl.read_text(entries[i]->get_value())) {
+            (void)entries.erase(i); // i is in range
+        } else {
+            ReusedStream<std::istringstream> lease;
+            std::istringstream& text = lease.get();
+            text.str(entries[i]->get_value());
+            (void)entries.erase(i);
+            const int result = srl.read(text);
+            if (istvwarn(result))
+                return result;
+        }
         if (!srl.handle_multiple())
             break;
     }
@@ -334,8 +347,8 @@ int TVObject::object_to_string(std::string& out, int version) const
 int TVObject::object_from_string(const std::string& text, int version)
 {
     try {
-        std::istringstream in(text);
-        const int result = read_class(in, version);
+        std::string_view in(text);
+        const int result = read_class(in, nullptr, this, version);
         if (istvwarn(result))
             return tv_trail_return(result, TVLOCATION);
         return result;
@@ -347,8 +360,8 @@ int TVObject::object_from_string(const std::string& text, int version)
 int TVObject::object_from_string(const std::string& text, TVObject*& out, int version)
 {
     try {
-        std::istringstream in(text);
-        const int result = read_class(in, out, version);
+        std::string_view in(text);
+        const int result = read_class(in, &out, nullptr, version);
         if (istvwarn(result))
             return tv_trail_return(result, TVLOCATION);
         return result;
@@ -430,7 +443,46 @@ int TVObject::read_class(std::istream& in, TVObject*& out, int version)
     }
 }
 
-int TVObject::read_class(std::istream& in, TVObject** outClass, TVObject* inClass, int version)
+namespace {
+
+// Lines of a stream, as getline gives them, cleaned.
+struct StreamLines {
+    std::istream& m_in;
+    std::string m_held;
+    bool next(std::string_view& line)
+    {
+        if (!std::getline(m_in, m_held))
+            return false;
+        strip_line_ends(m_held);
+        line = m_held;
+        return true;
+    }
+    int read_entries(TVObject& target) { return target.read_class_entries(m_in); }
+    std::istream* direction() { return &m_in; }
+};
+
+// Lines of text in memory; the text is advanced as they are taken.
+struct ViewLines {
+    std::string_view& m_in;
+    std::string m_scratch;
+    bool next(std::string_view& line)
+    {
+        if (!next_line(m_in, line))
+            return false;
+        line = clean_line(line, m_scratch);
+        return true;
+    }
+    int read_entries(TVObject& target) { return target.read_class_entries(m_in); }
+    // serialise bodies read from the entries only; the stream tells the direction.
+    std::istream* direction()
+    {
+        thread_local std::istringstream none;
+        return &none;
+    }
+};
+
+template <class Lines>
+int read_class_from(Lines& lines, TVObject** outClass, TVObject* inClass, int version)
 {
     if (outClass != nullptr && inClass != nullptr)
         return tverror(TVErrC_NullPointer, TVLOCATION, "Both inClass and outClass were supplied.");
@@ -440,21 +492,20 @@ int TVObject::read_class(std::istream& in, TVObject** outClass, TVObject* inClas
         *outClass = nullptr;
     try {
         // Whatever stands before the class start is passed over.
-        std::string line;
+        std::string_view line;
         for (;;) {
-            if (!std::getline(in, line))
+            if (!lines.next(line))
                 return TVErrC_okEndOfFile;
-            strip_line_ends(line);
             if (line.size() >= 2 && line[0] == C_ClassStart)
                 break;
         }
-        const std::string name = line.substr(1);
+        const std::string name(line.substr(1));
         const TVObjectIndexEntry* entry = tvclassindex()->find_name(name);
         if (entry == nullptr)
-            return tvwarning(TVErrC_ObjectUnknown, TVLOCATION, "Could not identify object %s",
-                             name.c_str());
+            return tvwarning(TVObject::TVErrC_ObjectUnknown, TVLOCATION,
+                             "Could not identify object %s", name.c_str());
         if (entry->get_create_fn() == nullptr)
-            return tvwarning(TVErrC_ObjectFuncNotRegistered, TVLOCATION,
+            return tvwarning(TVObject::TVErrC_ObjectFuncNotRegistered, TVLOCATION,
                              "No create function for %s", name.c_str());
 
         std::unique_ptr<TVObject> made;
@@ -466,15 +517,16 @@ int TVObject::read_class(std::istream& in, TVObject** outClass, TVObject* inClas
             if (istvwarn(result))
                 return tv_trail_return(result, TVLOCATION);
             if (made == nullptr)
-                return tvwarning(TVErrC_ObjectFuncNotRegistered, TVLOCATION,
+                return tvwarning(TVObject::TVErrC_ObjectFuncNotRegistered, TVLOCATION,
                                  "Create function failed for %s", name.c_str());
             target = made.get();
         }
 
         target->clear_unhandled_data();
-        int result = target->read_class_entries(in);
+        int result = lines.read_entries(*target);
         if (!istvwarn(result))
-            result = target->serialise(&in, nullptr, C_EmptyString, version);
+            result = target->serialise(lines.direction(), nullptr, TVObject::C_EmptyString,
+                                       version);
         if (istvwarn(result))
             return tv_trail_return(result, TVLOCATION);
         if (outClass != nullptr)
@@ -485,9 +537,10 @@ int TVObject::read_class(std::istream& in, TVObject** outClass, TVObject* inClas
     }
 }
 
-int TVObject::read_class_entries(std::istream& in)
+template <class In>
+int read_entries_from(In& in, Entries& entries)
 {
-    m_serEntries.clear();
+    entries.clear();
     try {
         for (;;) {
             auto entry = std::make_unique<TVSerialisationEntry>();
@@ -496,11 +549,36 @@ int TVObject::read_class_entries(std::istream& in)
                 return TVErrC_ok;
             if (istvwarn(result))
                 return tv_trail_return(result, TVLOCATION);
-            m_serEntries.add(entry.release());
+            entries.add(entry.release());
         }
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
+}
+
+} // namespace
+
+int TVObject::read_class(std::istream& in, TVObject** outClass, TVObject* inClass, int version)
+{
+    StreamLines lines{in, {}};
+    return read_class_from(lines, outClass, inClass, version);
+}
+
+int TVObject::read_class(std::string_view& in, TVObject** outClass, TVObject* inClass,
+                         int version)
+{
+    ViewLines lines{in, {}};
+    return read_class_from(lines, outClass, inClass, version);
+}
+
+int TVObject::read_class_entries(std::istream& in)
+{
+    return read_entries_from(in, m_serEntries);
+}
+
+int TVObject::read_class_entries(std::string_view& in)
+{
+    return read_entries_from(in, m_serEntries);
 }
 
 int TVObject::write_unhandled_data(int, std::ostream& out) const
@@ -529,14 +607,21 @@ int TVObject::serialise_value(std::istream* in, std::ostream* out, const std::st
             for (int i = 0; i < count; ++i) {
                 if (srl.is_default())
                     continue;
-                ReusedStream<std::ostringstream> lease;
-                std::ostringstream& text = lease.get();
-                int result = srl.write(text, i);
+                std::string value;
+                int result = TVErrC_ok;
+                if (!srl.write_text(value, i)) {
+                    ReusedStream<std::ostringstream> lease;
+                    std::ostringstream& text = lease.get();
+                    result = srl.write(text, i);
+                    value = text.str();
+                }
                 // Escaped here and again as part of the line; only the line's
                 // escape is undone before read() sees the text.
-                if (!istvwarn(result))
-                    result = TVSerialisationEntry::write_tagged_field(ctag, tv_stream_out(text.str()),
-                                                                      *out);
+                if (!istvwarn(result)) {
+                    if (needs_escape(value))
+                        value = tv_stream_out(value);
+                    result = TVSerialisationEntry::write_tagged_field(ctag, value, *out);
+                }
                 if (istvwarn(result))
                     return tv_trail_return(result, TVLOCATION);
             }

@@ -35,6 +35,7 @@
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -138,9 +139,13 @@ public:
     // is a warning.
     [[nodiscard]] static int read_class(std::istream& in, TVObject** outClass,
                                         TVObject* inClass, int version);
+    // The same from text in memory, advanced past the object.
+    [[nodiscard]] static int read_class(std::string_view& in, TVObject** outClass,
+                                        TVObject* inClass, int version);
     // Replaces the read entries by the entries up to the class end (or the
     // end of the stream, which is not an error here).
     [[nodiscard]] int read_class_entries(std::istream& in);
+    [[nodiscard]] int read_class_entries(std::string_view& in);
     [[nodiscard]] int write_unhandled_data(int version, std::ostream& out) const;
 
     // ---- Signals (receiver side) ---------------------------------------------

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 
 namespace TVSerialForm {
 
@@ -50,6 +51,34 @@ inline void strip_line_ends(std::string& line)
     line.erase(std::remove_if(line.begin(), line.end(),
                               [](char c) { return c == '\r' || c == '\n' || c == '\0'; }),
                line.end());
+}
+
+// The next line of text, without its LF, as getline would take it from a
+// stream of that text; false at the end.
+inline bool next_line(std::string_view& text, std::string_view& line)
+{
+    if (text.empty())
+        return false;
+    const size_t eol = text.find('\n');
+    if (eol == std::string_view::npos) {
+        line = text;
+        text = std::string_view();
+    } else {
+        line = text.substr(0, eol);
+        text.remove_prefix(eol + 1);
+    }
+    return true;
+}
+
+// line as strip_line_ends leaves it: itself, or a copy in scratch when it
+// holds a CR or NUL.
+inline std::string_view clean_line(std::string_view line, std::string& scratch)
+{
+    if (line.find('\r') == std::string_view::npos && line.find('\0') == std::string_view::npos)
+        return line;
+    scratch.assign(line.data(), line.size());
+    strip_line_ends(scratch);
+    return scratch;
 }
 
 } // namespace TVSerialForm

@@ -50,39 +50,51 @@ bool TVSerialisationEntry::operator==(const TVSerialisationEntry& other) const
     return m_entryType == other.m_entryType && m_tag == other.m_tag && m_value == other.m_value;
 }
 
-int TVSerialisationEntry::read_entry(std::istream& in)
+template <class Next>
+int TVSerialisationEntry::read_lines(Next next)
 {
-    std::string line;
-    if (!std::getline(in, line))
+    std::string_view line;
+    if (!next(line))
         return TVErrC_okEndOfRecord;
-    strip_line_ends(line);
 
     if (line.size() >= 2 && line[0] == C_FieldMark) {
         // Escapes can't hide a "!", so the tag ends at the first one.
-        const std::string text = tv_stream_in(line);
         m_entryType = E_TaggedField;
-        const size_t end = text.find(C_FieldMark, 1);
-        if (end == std::string::npos) {
-            m_tag = text.substr(1);
-            m_value.clear();
+        const size_t end = line.find(C_FieldMark, 1);
+        m_tag.clear();
+        m_value.clear();
+        if (end == std::string_view::npos) {
+            tv_stream_in_append(line.substr(1), m_tag);
+        } else if (line.find(C_Escape) == std::string_view::npos ||
+                   line.find(C_Escape) > end) {
+            tv_stream_in_append(line.substr(1, end - 1), m_tag);
+            tv_stream_in_append(line.substr(end + 1), m_value);
         } else {
-            m_tag = text.substr(1, end - 1);
-            m_value = text.substr(end + 1);
+            // An escape before the first "!" changes where it falls in the
+            // unescaped text: the whole line is unescaped first.
+            std::string text;
+            tv_stream_in_append(line, text);
+            const size_t mark = text.find(C_FieldMark, 1);
+            if (mark == std::string::npos) {
+                m_tag.assign(text, 1, std::string::npos);
+            } else {
+                m_tag.assign(text, 1, mark - 1);
+                m_value.assign(text, mark + 1, std::string::npos);
+            }
         }
         return TVErrC_ok;
     }
 
     if (line.size() >= 2 && line[0] == C_ClassTag) {
         m_entryType = E_TaggedClass;
-        m_tag = line.substr(1);
+        m_tag.assign(line.data() + 1, line.size() - 1);
         m_value.clear();
         // The member's object runs until its braces balance; nested objects
         // and their own tagged classes are kept as they stand.
         int depth = 0;
         bool opened = false;
-        while (std::getline(in, line)) {
-            strip_line_ends(line);
-            m_value += line;
+        while (next(line)) {
+            m_value.append(line.data(), line.size());
             m_value += '\n';
             if (!line.empty() && line[0] == C_ClassStart) {
                 ++depth;
@@ -102,11 +114,35 @@ int TVSerialisationEntry::read_entry(std::istream& in)
 
     m_entryType = E_RawData;
     m_tag.clear();
+    m_value.clear();
     if (!line.empty() && line[0] == C_Escape)
-        m_value = tv_stream_in(line.substr(1));
+        tv_stream_in_append(line.substr(1), m_value);
     else
-        m_value = tv_stream_in(line);
+        tv_stream_in_append(line, m_value);
     return TVErrC_ok;
+}
+
+int TVSerialisationEntry::read_entry(std::istream& in)
+{
+    std::string held;
+    return read_lines([&in, &held](std::string_view& line) {
+        if (!std::getline(in, held))
+            return false;
+        strip_line_ends(held);
+        line = held;
+        return true;
+    });
+}
+
+int TVSerialisationEntry::read_entry(std::string_view& in)
+{
+    std::string scratch;
+    return read_lines([&in, &scratch](std::string_view& line) {
+        if (!next_line(in, line))
+            return false;
+        line = clean_line(line, scratch);
+        return true;
+    });
 }
 
 int TVSerialisationEntry::write_entry(std::ostream& out) const
@@ -139,13 +175,15 @@ int TVSerialisationEntry::write_entry(std::ostream& out) const
 int TVSerialisationEntry::write_tagged_field(const std::string& tag, const std::string& value,
                                              std::ostream& out)
 {
-    std::string line;
-    line.reserve(tag.size() + value.size() + 2);
+    // Escaped as one string; the escape goes byte by byte, so in parts.
+    thread_local std::string line; // one line at a time: nothing nests in here
+    line.clear();
     line += C_FieldMark;
-    line += tag;
+    tv_stream_out_append(tag, line);
     line += C_FieldMark;
-    line += value;
-    out << tv_stream_out(line) << '\n';
+    tv_stream_out_append(value, line);
+    line += '\n';
+    out.write(line.data(), static_cast<std::streamsize>(line.size()));
     return check_written(out, __FILE__, __LINE__);
 }
 

@@ -10,6 +10,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <string_view>
 
 class TVObject;
 
@@ -38,6 +39,8 @@ public:
     // TVErrC_FileTooShort when a tagged class's braces don't balance before
     // the stream ends.
     [[nodiscard]] int read_entry(std::istream& in);
+    // The same from text in memory, which is advanced past the entry.
+    [[nodiscard]] int read_entry(std::string_view& in);
 
     // A tagged field or raw line as such. A tagged class is written as its
     // stored lines only, without its "@" line: the parent's reader will take
@@ -67,6 +70,11 @@ public:
     void set_value(const std::string& value) { m_value = value; }
 
 private:
+    // The reader over a source of lines: next(line) gives the next line
+    // without its LF, CR and NUL, false at the end.
+    template <class Next>
+    int read_lines(Next next);
+
     E_ReadMode m_entryType;
     std::string m_tag;
     std::string m_value;

@@ -4,6 +4,7 @@
 #include "LibCore/textstr/tvtextstr.h"
 
 #include <algorithm>
+#include <charconv>
 #include <istream>
 #include <iterator>
 #include <ostream>
@@ -43,4 +44,140 @@ void tv_srl_extract(std::istream& in, char& value)
     tv_srl_extract(in, text);
     if (!text.empty() && text[0] != '\0')
         value = text[0];
+}
+
+namespace {
+
+// "-"? digits, and with fraction "." digits after them: what the writer
+// gives, and all that the fast paths take.
+bool is_plain_number(const std::string& text, bool fraction)
+{
+    size_t i = text.size() > 0 && text[0] == '-' ? 1 : 0;
+    const size_t digits = i;
+    while (i < text.size() && text[i] >= '0' && text[i] <= '9')
+        ++i;
+    if (i == digits)
+        return false;
+    if (fraction && i < text.size() && text[i] == '.') {
+        const size_t decimals = ++i;
+        while (i < text.size() && text[i] >= '0' && text[i] <= '9')
+            ++i;
+        if (i == decimals)
+            return false;
+    }
+    return i == text.size();
+}
+
+template <class T>
+bool parse_number(const std::string& text, T& value, bool fraction)
+{
+    if (!is_plain_number(text, fraction))
+        return false;
+    T parsed{};
+    const char* end = text.data() + text.size();
+    const std::from_chars_result r = std::from_chars(text.data(), end, parsed);
+    if (r.ec != std::errc() || r.ptr != end)
+        return false;
+    value = parsed;
+    return true;
+}
+
+template <class T>
+bool format_integer(std::string& out, T value)
+{
+    char buffer[24];
+    const std::to_chars_result r = std::to_chars(buffer, buffer + sizeof buffer, value);
+    out.append(buffer, static_cast<size_t>(r.ptr - buffer));
+    return true;
+}
+
+} // namespace
+
+bool tv_srl_parse(const std::string& text, int& value)
+{
+    return parse_number(text, value, false);
+}
+
+bool tv_srl_parse(const std::string& text, long& value)
+{
+    return parse_number(text, value, false);
+}
+
+bool tv_srl_parse(const std::string& text, bool& value)
+{
+    if (text != "0" && text != "1")
+        return false;
+    value = text[0] == '1';
+    return true;
+}
+
+bool tv_srl_parse(const std::string& text, double& value)
+{
+    return parse_number(text, value, true);
+}
+
+bool tv_srl_parse(const std::string& text, std::string& value)
+{
+    value.clear();
+    tv_stream_in_append(text, value);
+    return true;
+}
+
+bool tv_srl_parse(const std::string& text, char& value)
+{
+    // As tv_srl_extract: the first byte of the unescaped text.
+    if (text.empty())
+        return true;
+    if (text[0] != '\\') {
+        value = text[0];
+        return true;
+    }
+    std::string plain;
+    tv_stream_in_append(text, plain);
+    if (!plain.empty() && plain[0] != '\0')
+        value = plain[0];
+    return true;
+}
+
+bool tv_srl_format(std::string& out, int value, int)
+{
+    return format_integer(out, value);
+}
+
+bool tv_srl_format(std::string& out, long value, int)
+{
+    return format_integer(out, value);
+}
+
+bool tv_srl_format(std::string& out, bool value, int)
+{
+    out += value ? '1' : '0';
+    return true;
+}
+
+bool tv_srl_format(std::string& out, double value, int precision)
+{
+    // The stream's defaults: "%g" with 6 digits; or "%.*f".
+    char buffer[400];
+    const std::to_chars_result r =
+        precision > 0
+            ? std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed,
+                            precision)
+            : std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, 6);
+    if (r.ec != std::errc())
+        return false;
+    out.append(buffer, static_cast<size_t>(r.ptr - buffer));
+    return true;
+}
+
+bool tv_srl_format(std::string& out, const std::string& value, int)
+{
+    out += value;
+    return true;
+}
+
+bool tv_srl_format(std::string& out, char value, int)
+{
+    out += value;
+    return true;
 }

@@ -34,6 +34,12 @@ public:
     // Takes one value from a stream holding only that value's text.
     [[nodiscard]] virtual int read(std::istream& in);
     [[nodiscard]] virtual int write(std::ostream& out, int index) const;
+    // Beside read and write, without a stream: the value from its whole
+    // text, and the text of value index appended to out. false when the
+    // binder has no such path or the text is not in its plain form; the
+    // stream then does it.
+    virtual bool read_text(const std::string&) { return false; }
+    virtual bool write_text(std::string&, int) const { return false; }
 };
 
 // ---- The text of one value ---------------------------------------------------
@@ -58,5 +64,33 @@ void tv_srl_insert(std::ostream& out, const T& value)
 {
     out << value;
 }
+
+// The same without a stream, for the types that have it: parse takes only
+// the plain form (a number as the writer writes it) and answers false for
+// anything else, which the stream reads as it always did; format gives the
+// stream's text byte for byte (precision > 0: fixed with that many decimals).
+template <class T>
+bool tv_srl_parse(const std::string&, T&)
+{
+    return false;
+}
+bool tv_srl_parse(const std::string& text, int& value);
+bool tv_srl_parse(const std::string& text, long& value);
+bool tv_srl_parse(const std::string& text, bool& value);
+bool tv_srl_parse(const std::string& text, double& value);
+bool tv_srl_parse(const std::string& text, std::string& value);
+bool tv_srl_parse(const std::string& text, char& value);
+
+template <class T>
+bool tv_srl_format(std::string&, const T&, int)
+{
+    return false;
+}
+bool tv_srl_format(std::string& out, int value, int precision);
+bool tv_srl_format(std::string& out, long value, int precision);
+bool tv_srl_format(std::string& out, bool value, int precision);
+bool tv_srl_format(std::string& out, double value, int precision);
+bool tv_srl_format(std::string& out, const std::string& value, int precision);
+bool tv_srl_format(std::string& out, char value, int precision);
 
 #endif // TVSRL_H

@@ -20,6 +20,17 @@
 #include <ostream>
 #include <string>
 
+inline bool tv_srl_parse(const std::string& text, TVDate& value)
+{
+    return tv_date_from_digits(text, value);
+}
+
+inline bool tv_srl_format(std::string& out, const TVDate& value, int)
+{
+    tv_date_append(out, value);
+    return true;
+}
+
 template <class T>
 class TVSrlValue : public TVSrl
 {
@@ -51,6 +62,13 @@ public:
     {
         tv_srl_extract(in, *m_member);
         return TVErrC_ok;
+    }
+
+    bool read_text(const std::string& text) override { return tv_srl_parse(text, *m_member); }
+
+    bool write_text(std::string& out, int) const override
+    {
+        return tv_srl_format(out, *m_member, m_precision);
     }
 
     int write(std::ostream& out, int) const override
