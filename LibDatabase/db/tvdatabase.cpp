@@ -1232,11 +1232,26 @@ int TVDatabase::read_block(std::string_view text, bool partial, bool skip_saved,
 {
     struct Staged {
         std::unique_ptr<TVDBObject> m_object;
-        const std::string* m_text;
+        std::string_view m_text;
     };
-    TVObject entries;
-    std::string_view in = text;
-    TV_PASS_ON(entries.read_class_entries(in));
+    // The block's entries; an object's lines stay where they are in text
+    // unless they needed cleaning (then they are the entry's value).
+    struct Item {
+        TVSerialisationEntry m_entry;
+        std::string_view m_lines;
+    };
+    std::vector<Item> items;
+    {
+        std::string_view in = text;
+        for (;;) {
+            Item item;
+            const int result = item.m_entry.read_entry(in, item.m_lines);
+            if (result == TVErrC_okEndOfRecord)
+                break;
+            TV_PASS_ON(result);
+            items.push_back(std::move(item));
+        }
+    }
     std::vector<Staged> staged;
     std::string blockDb;
     bool localSkip = skip;
@@ -1244,8 +1259,8 @@ int TVDatabase::read_block(std::string_view text, bool partial, bool skip_saved,
     int nextTag = d->m_partialNextTag;
     std::map<int, std::string> ops;
     const int lastSave = d->m_index.get_last_save();
-    for (int i = 0; i < entries.get_nserentries(); ++i) {
-        const TVSerialisationEntry& entry = *entries.get_serentry(i);
+    for (const Item& item : items) {
+        const TVSerialisationEntry& entry = item.m_entry;
         if (entry.get_entrytype() == TVSerialisationEntry::E_TaggedField) {
             if (entry.get_tag() == C_DlmtVersion) {
                 const int version = std::atoi(entry.get_value().c_str());
@@ -1270,8 +1285,12 @@ int TVDatabase::read_block(std::string_view text, bool partial, bool skip_saved,
         if (entry.get_entrytype() != TVSerialisationEntry::E_TaggedClass ||
             !starts_with(entry.get_tag(), C_ObjectStart) || localSkip)
             continue;
+        // items stays as it is from here: views of its values hold.
+        const std::string_view objectText =
+            item.m_lines.data() != nullptr ? item.m_lines : std::string_view(entry.get_value());
         TVObject* made = nullptr;
-        TV_PASS_ON(TVObject::object_from_string(entry.get_value(), made, d->m_appFileVersion));
+        std::string_view lines = objectText;
+        TV_PASS_ON(TVObject::read_class(lines, &made, nullptr, d->m_appFileVersion));
         std::unique_ptr<TVObject> owned(made);
         auto* object = dynamic_cast<TVDBObject*>(made);
         if (object == nullptr)
@@ -1280,12 +1299,12 @@ int TVDatabase::read_block(std::string_view text, bool partial, bool skip_saved,
         const int id = object->get_id();
         if (id == get_id()) {
             // The database's own record; the objects after it read with its version.
-            blockDb = entry.get_value();
+            blockDb.assign(objectText.data(), objectText.size());
             if (const auto* db = dynamic_cast<const TVDatabase*>(object))
                 d->m_appFileVersion = db->get_appfileversion();
             delete object;
         } else {
-            staged.push_back({std::unique_ptr<TVDBObject>(object), &entry.get_value()});
+            staged.push_back({std::unique_ptr<TVDBObject>(object), objectText});
         }
         if (id >= localMax)
             localMax = id + 1;
@@ -1293,7 +1312,8 @@ int TVDatabase::read_block(std::string_view text, bool partial, bool skip_saved,
     for (Staged& s : staged) {
         if (TVDBObject* existing = find_object(s.m_object->get_id())) {
             // A later version replaces the earlier one in place.
-            TV_PASS_ON(existing->object_from_string(*s.m_text, d->m_appFileVersion));
+            std::string_view lines = s.m_text;
+            TV_PASS_ON(TVObject::read_class(lines, nullptr, existing, d->m_appFileVersion));
         } else {
             TVDBObject* object = s.m_object.release();
             d->m_objects.add(object);

@@ -572,10 +572,18 @@ void read_digits(const std::string& digits, TVDate& date)
         return;
     }
     size_t pos = 0;
+    // atoi of the next width characters: a "-", then digits up to anything else.
     auto field = [&](size_t width) {
-        std::string part = pos < digits.size() ? digits.substr(pos, width) : std::string();
+        const size_t end = std::min(digits.size(), pos + width);
+        size_t at = pos;
         pos += width;
-        return std::atoi(part.c_str());
+        const bool negative = at < end && digits[at] == '-';
+        if (negative)
+            ++at;
+        int value = 0;
+        for (; at < end && digits[at] >= '0' && digits[at] <= '9'; ++at)
+            value = value * 10 + (digits[at] - '0');
+        return negative ? -value : value;
     };
     int micro = digits.size() >= C_MicroFormDigits ? field(6) : 0;
     int second = field(2);

@@ -95,9 +95,10 @@ bool is_class(const TVSerialisationEntry& entry)
 }
 
 // Hands each entry that match accepts to srl.read, removing it; only the
-// first unless the binder takes many. found tells whether any matched.
+// first unless the binder takes many. found tells whether any matched,
+// first where the first one stood.
 template <class Match>
-int consume_entries(Entries& entries, TVSrl& srl, Match match, bool& found)
+int consume_entries(Entries& entries, TVSrl& srl, Match match, bool& found, int& first)
 {
     found = false;
     for (int i = 0; i < entries.size();) {
@@ -105,6 +106,8 @@ int consume_entries(Entries& entries, TVSrl& srl, Match match, bool& found)
             ++i;
             continue;
         }
+        if (!found)
+            first = i;
         found = true;
         if (srl.read_text(entries[i]->get_value())) {
             (void)entries.erase(i); // i is in range
@@ -127,10 +130,11 @@ int consume_entries(Entries& entries, TVSrl& srl, Match match, bool& found)
 // after taking its entry: a later line of the same member would otherwise
 // be kept as unknown, written back, and, whenever the member sits at its
 // default and so is not written, be read as the member's value next time.
+// Entries before from are known not to match.
 template <class Match>
-void drop_entries(Entries& entries, Match match)
+void drop_entries(Entries& entries, Match match, int from = 0)
 {
-    for (int i = entries.size(); i-- > 0;)
+    for (int i = entries.size(); i-- > from;)
         if (match(*entries[i]))
             (void)entries.erase(i);
 }
@@ -642,9 +646,10 @@ int TVObject::serialise_value(std::istream* in, std::ostream* out, const std::st
             return is_field(entry) && strip_prefix(entry.get_tag()) == tag;
         };
         bool found = false;
-        result = consume_entries(m_serEntries, srl, exact, found);
+        int first = 0;
+        result = consume_entries(m_serEntries, srl, exact, found, first);
         if (!istvwarn(result) && !found && !srl.handle_multiple() && matchSuffix)
-            result = consume_entries(m_serEntries, srl, bySuffix, found);
+            result = consume_entries(m_serEntries, srl, bySuffix, found, first);
         if (istvwarn(result))
             return tv_trail_return(result, TVLOCATION);
         if (srl.handle_multiple())
@@ -654,7 +659,7 @@ int TVObject::serialise_value(std::istream* in, std::ostream* out, const std::st
         if (matchSuffix)
             drop_entries(m_serEntries, bySuffix);
         else
-            drop_entries(m_serEntries, exact);
+            drop_entries(m_serEntries, exact, first);
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
@@ -691,14 +696,15 @@ int TVObject::serialise_object(std::istream* in, std::ostream* out, const std::s
             return is_class(entry) && entry.get_tag() == ctag;
         };
         bool found = false;
-        result = consume_entries(m_serEntries, srl, exact, found);
+        int first = 0;
+        result = consume_entries(m_serEntries, srl, exact, found, first);
         if (istvwarn(result))
             return tv_trail_return(result, TVLOCATION);
         if (srl.handle_multiple())
             return TVErrC_ok;
         if (!found)
             return TVErrC_okEndOfFile;
-        drop_entries(m_serEntries, exact);
+        drop_entries(m_serEntries, exact, first);
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
@@ -726,7 +732,7 @@ int TVObject::serialise_string(std::istream* in, std::ostream* out, const std::s
         for (int i = 0; i < m_serEntries.size(); ++i) {
             if (exact(*m_serEntries[i])) {
                 value = m_serEntries[i]->get_value();
-                drop_entries(m_serEntries, exact);
+                drop_entries(m_serEntries, exact, i);
                 return TVErrC_ok;
             }
         }

@@ -145,6 +145,44 @@ int TVSerialisationEntry::read_entry(std::string_view& in)
     });
 }
 
+int TVSerialisationEntry::read_entry(std::string_view& in, std::string_view& lines)
+{
+    lines = std::string_view();
+    std::string_view rest = in;
+    std::string_view line;
+    std::string scratch;
+    if (!next_line(rest, line))
+        return read_entry(in);
+    const std::string_view first = clean_line(line, scratch);
+    if (first.size() < 2 || first[0] != C_ClassTag)
+        return read_entry(in);
+    // The same walk as read_lines, over the lines as they stand.
+    const char* const begin = rest.data();
+    int depth = 0;
+    bool opened = false;
+    while (next_line(rest, line)) {
+        const bool ended = !rest.empty() || line.data() + line.size() < in.data() + in.size();
+        if (!ended || line.find('\r') != std::string_view::npos ||
+            line.find('\0') != std::string_view::npos)
+            return read_entry(in);
+        if (!line.empty() && line[0] == C_ClassStart) {
+            ++depth;
+            opened = true;
+        } else if (!line.empty() && line[0] == C_ClassEnd) {
+            --depth;
+        }
+        if (opened && depth == 0) {
+            m_entryType = E_TaggedClass;
+            m_tag.assign(first.data() + 1, first.size() - 1);
+            m_value.clear();
+            lines = std::string_view(begin, static_cast<size_t>(rest.data() - begin));
+            in = rest;
+            return TVErrC_ok;
+        }
+    }
+    return read_entry(in);
+}
+
 int TVSerialisationEntry::write_entry(std::ostream& out) const
 {
     try {

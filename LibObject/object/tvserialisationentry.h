@@ -41,6 +41,10 @@ public:
     [[nodiscard]] int read_entry(std::istream& in);
     // The same from text in memory, which is advanced past the entry.
     [[nodiscard]] int read_entry(std::string_view& in);
+    // The same, but a tagged class whose lines need no cleaning (no CR or
+    // NUL, the last one ended by LF) is not copied: lines is a view of them
+    // in in, and the value stays empty. Otherwise lines is empty.
+    [[nodiscard]] int read_entry(std::string_view& in, std::string_view& lines);
 
     // A tagged field or raw line as such. A tagged class is written as its
     // stored lines only, without its "@" line: the parent's reader will take
