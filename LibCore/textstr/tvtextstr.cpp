@@ -746,6 +746,16 @@ void tv_stream_out_append(std::string_view text, std::string& out)
     // bytes at a time; a word holding a special byte goes byte by byte.
     const char* p = text.data();
     const char* const end = p + text.size();
+    // Most text has nothing to escape: one look, one append.
+    const char* q = p;
+    for (uint64_t word; end - q >= 8 && (std::memcpy(&word, q, 8), !has_special(word)); q += 8) {
+    }
+    while (q < end && !G_Escape.special[static_cast<unsigned char>(*q)])
+        ++q;
+    if (q == end) {
+        out.append(p, text.size());
+        return;
+    }
     const size_t start = out.size();
     out.resize(start + text.size() + text.size() / 8 + 16);
     char* base = &out[0];
