@@ -15,18 +15,35 @@
 
 namespace {
 
-// One toolkit application for the whole test program, as in the program.
+// One toolkit application for the whole test program, as in the program,
+// gone before the program's statics are: left to the end, the plugins it
+// loaded for the pictures are unloaded under it, and the leak checker then
+// trips over their freed thread-local storage.
+TVQtApp* g_app = nullptr;
+
 TVQtApp& qt_app()
 {
     static int argc = 1;
     static char name[] = "appmaths_test";
     static char* argv[] = {name, nullptr};
-    static TVQtApp* app = [] {
+    if (g_app == nullptr) {
         qputenv("QT_QPA_PLATFORM", "minimal");
-        return new TVQtApp(argc, argv);
-    }();
-    return *app;
+        g_app = new TVQtApp(argc, argv);
+    }
+    return *g_app;
 }
+
+class QtAppEnvironment : public ::testing::Environment
+{
+public:
+    void TearDown() override
+    {
+        delete g_app;
+        g_app = nullptr;
+    }
+};
+
+const auto* const g_environment = ::testing::AddGlobalTestEnvironment(new QtAppEnvironment);
 
 class AppMathsTest : public ::testing::Test
 {
