@@ -140,6 +140,31 @@ void drop_entries(Entries& entries, Match match, int from = 0)
 }
 
 // Moves the value of every entry with tag, of any kind, to add.
+// The read half that a member and a nested object share: the matching
+// entries go to srl, and a single-valued one then drops its later lines.
+// With by_suffix, a member under another prefix (its class renamed or
+// moved) is taken when none matches exactly.
+template <class Exact, class Suffix>
+int read_matching(Entries& entries, TVSrl& srl, Exact exact, Suffix suffix, bool by_suffix)
+{
+    bool found = false;
+    int first = 0;
+    int result = consume_entries(entries, srl, exact, found, first);
+    if (!istvwarn(result) && !found && !srl.handle_multiple() && by_suffix)
+        result = consume_entries(entries, srl, suffix, found, first);
+    if (istvwarn(result))
+        return result;
+    if (srl.handle_multiple())
+        return TVErrC_ok;
+    if (!found)
+        return TVErrC_okEndOfFile;
+    if (by_suffix)
+        drop_entries(entries, suffix);
+    else
+        drop_entries(entries, exact, first);
+    return TVErrC_ok;
+}
+
 template <class Add>
 void move_tagged_values(Entries& entries, const std::string& tag, Add add)
 {
@@ -645,22 +670,8 @@ int TVObject::serialise_value(std::istream* in, std::ostream* out, const std::st
         const auto bySuffix = [&tag](const TVSerialisationEntry& entry) {
             return is_field(entry) && strip_prefix(entry.get_tag()) == tag;
         };
-        bool found = false;
-        int first = 0;
-        result = consume_entries(m_serEntries, srl, exact, found, first);
-        if (!istvwarn(result) && !found && !srl.handle_multiple() && matchSuffix)
-            result = consume_entries(m_serEntries, srl, bySuffix, found, first);
-        if (istvwarn(result))
-            return tv_trail_return(result, TVLOCATION);
-        if (srl.handle_multiple())
-            return TVErrC_ok;
-        if (!found)
-            return TVErrC_okEndOfFile;
-        if (matchSuffix)
-            drop_entries(m_serEntries, bySuffix);
-        else
-            drop_entries(m_serEntries, exact, first);
-        return TVErrC_ok;
+        result = read_matching(m_serEntries, srl, exact, bySuffix, matchSuffix);
+        return istvwarn(result) ? tv_trail_return(result, TVLOCATION) : result;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
@@ -695,17 +706,8 @@ int TVObject::serialise_object(std::istream* in, std::ostream* out, const std::s
         const auto exact = [&ctag](const TVSerialisationEntry& entry) {
             return is_class(entry) && entry.get_tag() == ctag;
         };
-        bool found = false;
-        int first = 0;
-        result = consume_entries(m_serEntries, srl, exact, found, first);
-        if (istvwarn(result))
-            return tv_trail_return(result, TVLOCATION);
-        if (srl.handle_multiple())
-            return TVErrC_ok;
-        if (!found)
-            return TVErrC_okEndOfFile;
-        drop_entries(m_serEntries, exact, first);
-        return TVErrC_ok;
+        result = read_matching(m_serEntries, srl, exact, exact, false);
+        return istvwarn(result) ? tv_trail_return(result, TVLOCATION) : result;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
