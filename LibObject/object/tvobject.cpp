@@ -98,7 +98,8 @@ bool is_class(const TVSerialisationEntry& entry)
 // first unless the binder takes many. found tells whether any matched,
 // first where the first one stood.
 template <class Match>
-int consume_entries(Entries& entries, TVSrl& srl, Match match, bool& found, int& first)
+int consume_entries(Entries& entries, TVSrl& srl, Match match, bool& found, int& first,
+                    std::string* first_tag = nullptr)
 {
     found = false;
     for (int i = 0; i < entries.size();) {
@@ -106,8 +107,11 @@ int consume_entries(Entries& entries, TVSrl& srl, Match match, bool& found, int&
             ++i;
             continue;
         }
-        if (!found)
+        if (!found) {
             first = i;
+            if (first_tag != nullptr)
+                *first_tag = entries[i]->get_tag();
+        }
         found = true;
         if (srl.read_text(entries[i]->get_value())) {
             (void)entries.erase(i); // i is in range
@@ -150,16 +154,24 @@ int read_matching(Entries& entries, TVSrl& srl, Exact exact, Suffix suffix, bool
     bool found = false;
     int first = 0;
     int result = consume_entries(entries, srl, exact, found, first);
-    if (!istvwarn(result) && !found && !srl.handle_multiple() && by_suffix)
-        result = consume_entries(entries, srl, suffix, found, first);
+    std::string suffixTag;
+    bool bySuffix = false;
+    if (!istvwarn(result) && !found && !srl.handle_multiple() && by_suffix) {
+        result = consume_entries(entries, srl, suffix, found, first, &suffixTag);
+        bySuffix = found;
+    }
     if (istvwarn(result))
         return result;
     if (srl.handle_multiple())
         return TVErrC_ok;
     if (!found)
         return TVErrC_okEndOfFile;
-    if (by_suffix)
-        drop_entries(entries, suffix);
+    // Only later lines of the very tag that was taken go: another prefix
+    // with the same suffix is another program's member, kept as unknown.
+    if (bySuffix)
+        drop_entries(
+            entries, [&](const TVSerialisationEntry& e) { return is_field(e) && e.get_tag() == suffixTag; },
+            first);
     else
         drop_entries(entries, exact, first);
     return TVErrC_ok;
@@ -633,8 +645,17 @@ int TVObject::serialise_value(std::istream* in, std::ostream* out, const std::st
     try {
         if (out != nullptr) {
             const int count = srl.get_nentries();
+            // An unknown line with this tag's suffix (another program's
+            // member) is written back after ours; were ours left out at its
+            // default, the next read would take that line for it.
+            const bool explicitDefault =
+                matchSuffix && std::any_of(m_serEntries.begin(), m_serEntries.end(),
+                                           [&tag](const TVSerialisationEntry* entry) {
+                                               return is_field(*entry) &&
+                                                      strip_prefix(entry->get_tag()) == tag;
+                                           });
             for (int i = 0; i < count; ++i) {
-                if (srl.is_default())
+                if (srl.is_default() && !explicitDefault)
                     continue;
                 std::string value;
                 int result = TVErrC_ok;

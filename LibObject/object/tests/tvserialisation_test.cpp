@@ -291,7 +291,10 @@ TEST_F(SerialisationTest, RepeatedLineOfASingleValuedMemberCannotTakeOverLater)
 {
     // The first line of a member counts. Kept, the repeats would be written
     // back as unknown entries and, the member being at its default and so
-    // not written, read as its value by the next load.
+    // not written, read as its value by the next load. Lines of the same
+    // suffix under other prefixes are other programs' members: they stay,
+    // and the member is written even at its default, so that it still
+    // comes first at the next read.
     const std::string text = "{TVTestItem\n"
                              "!i!0\n!zz!x\n!i!5\n"
                              "!t!\n!t!b\n"
@@ -303,10 +306,28 @@ TEST_F(SerialisationTest, RepeatedLineOfASingleValuedMemberCannotTakeOverLater)
     EXPECT_EQ(item->m_count, 0);
     EXPECT_EQ(item->m_text, "");
     EXPECT_EQ(item->m_key, 0);
-    EXPECT_EQ(write(*item), "{TVTestItem\n"
-                            "@note\n{TVTestNote\n!w!1\n!x!\n}\n"
-                            "!zz!x\n"
-                            "}\n");
+    const std::string written = write(*item);
+    EXPECT_EQ(written, "{TVTestItem\n"
+                       "@note\n{TVTestNote\n!w!1\n!x!\n}\n"
+                       "!TVTestBase+K!0\n"
+                       "!zz!x\n!OldBase+K!5\n!K!6\n"
+                       "}\n");
+    item = read<TVTestItem>(written);
+    ASSERT_NE(item, nullptr);
+    EXPECT_EQ(item->m_key, 0);
+    EXPECT_EQ(write(*item), written);
+}
+
+// An older program reads and writes a file that a newer one wrote, where
+// the newer one keeps a member of the same suffix under its own prefix:
+// the newer program's line comes back as it was.
+TEST_F(SerialisationTest, NewerProgramsLineOfTheSameSuffixSurvivesAnOlderProgramsReadAndWrite)
+{
+    const std::string text = "{TVTestItem\n!TVTestBase+K!3\n!OldBase+K!5\n}\n";
+    std::unique_ptr<TVTestItem> item = read<TVTestItem>(text);
+    ASSERT_NE(item, nullptr);
+    EXPECT_EQ(item->m_key, 3);
+    EXPECT_EQ(write(*item), text);
 }
 
 TEST_F(SerialisationTest, ManyValuedMembersKeepTheirOrderAndTheirKeyRule)
