@@ -47,6 +47,10 @@ int TVLockFile::lock(const std::string& file, bool steal)
         // The default would call an hour-old lock stale and take it, though
         // its holder may simply have had the file open all day.
         lockFile->setStaleLockTime(0);
+        // Left by a process of this machine that has gone, the toolkit
+        // would take it quietly; the user decides that, through steal.
+        if (!steal && tv_file_exists(m_lockFileName))
+            return tvwarning(TVErrC_FileOpen, TVLOCATION, "");
         bool locked = lockFile->tryLock(0);
         if (!locked && !steal)
             return tvwarning(TVErrC_FileOpen, TVLOCATION, "");

@@ -15,7 +15,10 @@
 #include <QtGlobal>
 
 #include <chrono>
+#include <csignal>
 #include <string>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -84,6 +87,28 @@ TEST_F(LockFileTest, SecondLockIsRefusedAtOnceEvenWhenStealing)
 TEST_F(LockFileTest, LeftOverLockIsNeverStaleByAgeAndIsTakenOnlyByStealing)
 {
     leave_lock_behind(m_file);
+    TVLockFile lock;
+    EXPECT_EQ(refused_code(lock, m_file, false), TVErrC_FileOpen);
+    EXPECT_FALSE(lock.is_locked());
+    EXPECT_EQ(lock.lock(m_file, true), TVErrC_ok);
+    EXPECT_TRUE(lock.is_locked());
+}
+
+// A process of this machine that really ended, as in a crash, leaves its
+// lock behind: taken only by stealing.
+TEST_F(LockFileTest, LockOfAProcessThatEndedIsTakenOnlyByStealing)
+{
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        TVLockFile lock;
+        _exit(istvwarn(lock.lock(m_file, false)) ? 1 : 0); // no unlock: gone with the lock held
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    ASSERT_NE(::kill(child, 0), 0); // no such process any more
+
     TVLockFile lock;
     EXPECT_EQ(refused_code(lock, m_file, false), TVErrC_FileOpen);
     EXPECT_FALSE(lock.is_locked());
