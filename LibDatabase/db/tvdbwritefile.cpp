@@ -5,6 +5,7 @@
 #include "LibCore/fileutils/tvfileutils.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
 #include <sstream>
@@ -68,6 +69,55 @@ int tv_db_write_file(const std::string& name, const std::string& text, bool appe
         }
         if (::close(fd) != 0)
             return tverror(TVErrC_FileWrite, TVLOCATION, "Failed write of %s", name.c_str());
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int tv_db_save_file(const std::string& name, const std::string& text)
+{
+    try {
+        if (TVFileFaults::should_fail(TVFileFaults::E_OpWrite, name))
+            return tverror(TVErrC_FileWrite, TVLOCATION, "Failed write of %s", name.c_str());
+        TV_PASS_ON(tv_create_dir(tv_dirname(name), true));
+        std::string temp = tv_dirname(name) + "/." + tv_filename(name) + ".XXXXXX";
+        const int fd = ::mkstemp(temp.data());
+        if (fd < 0)
+            return tvwarning(TVErrC_FileCreate, TVLOCATION, "Could not create the file %s",
+                             name.c_str());
+        // A file replaced keeps its mode; a new one is readable by others,
+        // as a plain create makes it, not mkstemp's owner-only.
+        struct stat st;
+        const mode_t mode = ::stat(name.c_str(), &st) == 0 ? (st.st_mode & 07777) : 0644;
+        bool ok = ::fchmod(fd, mode) == 0 && write_all(fd, text);
+        int result = TVErrC_ok;
+        try {
+            if (ok)
+                result = tv_sync_fd(fd, name);
+        } catch (const TVErrDetails&) {
+            ::close(fd);
+            ::unlink(temp.c_str());
+            tv_trail_throw(TVLOCATION);
+        }
+        ok = ::close(fd) == 0 && ok;
+        if (!ok || istvwarn(result)) {
+            ::unlink(temp.c_str());
+            if (istvwarn(result))
+                return tv_trail_return(result, TVLOCATION);
+            return tverror(TVErrC_FileWrite, TVLOCATION, "Failed write of %s", name.c_str());
+        }
+        try {
+            result = tv_rename_file(temp, name, false, true);
+        } catch (const TVErrDetails&) {
+            ::unlink(temp.c_str());
+            tv_trail_throw(TVLOCATION);
+        }
+        if (istvwarn(result)) {
+            ::unlink(temp.c_str());
+            return tv_trail_return(result, TVLOCATION);
+        }
+        TV_PASS_ON(tv_sync_dir(tv_dirname(name)));
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

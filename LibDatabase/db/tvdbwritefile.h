@@ -23,6 +23,15 @@
 [[nodiscard]] int tv_db_write_file(const std::string& name, const std::string& text, bool append,
                                    bool sync = true);
 
+// Replaces name by text whole, for files the user keeps (an export, the
+// paste buffer): the bytes go to a fresh hidden name beside name and are
+// flushed, that is renamed over name, and the folder is flushed. At every
+// moment name holds its old bytes or all of the new ones; a failure leaves
+// it as it was and no temporary file behind. Failures name the file: those
+// of tv_db_write_file, and tv_rename_file's. The fault seam sees the write
+// (E_OpWrite on name) and the rename.
+[[nodiscard]] int tv_db_save_file(const std::string& name, const std::string& text);
+
 // The whole file into text. TVFileFaults' E_OpRead on name, or a file that
 // won't open: the warning TVErrC_FileOpen "Could not open the file %s".
 [[nodiscard]] int tv_db_read_file(const std::string& name, std::string& text);
