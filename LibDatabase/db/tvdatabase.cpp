@@ -45,6 +45,8 @@ int TVDatabase::TVErrC_InvalidObjectSpec = tv_builtin_code("TVDatabase::TVErrC_I
 int TVDatabase::TVErrC_UnfilledVariables = tv_builtin_code("TVDatabase::TVErrC_UnfilledVariables");
 int TVDatabase::TVErrC_ExtraVariables = tv_builtin_code("TVDatabase::TVErrC_ExtraVariables");
 int TVDatabase::TVErrC_InvalidChild = tv_builtin_code("TVDatabase::TVErrC_InvalidChild");
+int TVDatabase::TVErrC_NotAvailable =
+    allocate_code("TVDatabase::TVErrC_NotAvailable", "That service is not in this version.");
 
 const char* const TVDatabase::C_DlmtDBIdentifier = "TVDatabase:7685";
 const char* const TVDatabase::C_DlmtVersion = "Version";
@@ -79,6 +81,7 @@ constexpr const char* C_BackupExt = ".bk";
 constexpr const char* C_SafetyExt = ".bkc";
 constexpr const char* C_DamagedExt = ".bad";
 constexpr const char* C_SavingStatus = "Saving...";
+constexpr const char* C_ExportingStatus = "Exporting...";
 
 // The host through which the objects below this layer ask their database.
 // The change question comes from TVUpdateChecker's thread, so it is
@@ -183,6 +186,9 @@ std::vector<Block> split_blocks(std::string_view text)
 
 struct TVDatabase::TVDatabaseImpl {
     TVPtrArray<TVDBObject> m_objects{true}; // owning, in file order
+    // Objects replace_object took out of the file, kept alive for whoever
+    // still points at them until the objects are next dropped.
+    TVPtrArray<TVDBObject> m_retired{true};
     std::map<int, TVDBObject*> m_map;
     int m_uniqueId = 0;
     std::string m_appType;
@@ -392,8 +398,11 @@ void TVDatabase::clear_objects()
     clear_containers();
     for (TVDBObject* object : d->m_objects)
         object->clear_containers();
+    for (TVDBObject* object : d->m_retired)
+        object->clear_containers();
     d->m_map.clear();
     d->m_objects.clear();
+    d->m_retired.clear();
     d->m_journalFull = true;
 }
 
@@ -544,12 +553,14 @@ int TVDatabase::replace_object(int id, TVDBObject* object, const std::string& co
         // the old one's place, where a read-back of the two would leave it.
         const int oldAt = d->m_objects.index_of(old);
         TVDBObject* added = d->m_objects.remove(d->m_objects.index_of(find_object(id)));
-        std::unique_ptr<TVDBObject> gone(d->m_objects.remove(oldAt));
+        TVDBObject* gone = d->m_objects.remove(oldAt);
         TV_PASS_ON(d->m_objects.insert(oldAt, added));
+        // A window may still hold the old object: it stays alive, out of
+        // the file, until the objects are next dropped (an undo, an unload).
+        d->m_retired.add(gone);
         // The vector moved under the journal's tail: the next write looks at all.
         d->m_journalFull = true;
         resolve_containers();
-        gone.reset();
         if (!operation.empty())
             TV_PASS_ON(complete_operation(operation));
         return TVErrC_ok;
@@ -785,26 +796,30 @@ int TVDatabase::rebuild_after(int index_result)
     return TVErrC_ok;
 }
 
-// ---- The schema and script layer: nothing here -----------------------------------------
+// ---- Layers not in this build -------------------------------------------------------
+//
+// Each answers TVErrC_NotAvailable, a plain outcome that callers pass on as
+// they would ok, but that says nothing was done; import_db, which a user
+// asks for by name, reports it as a warning instead.
 
 int TVDatabase::update_vars(int, bool)
 {
-    return TVErrC_ok;
+    return TVErrC_NotAvailable;
 }
 
 int TVDatabase::apply_objectspec_to_db(TVDBObject*, int, bool)
 {
-    return TVErrC_ok;
+    return TVErrC_NotAvailable;
 }
 
 int TVDatabase::apply_active_note(TVDBObject&)
 {
-    return TVErrC_ok;
+    return TVErrC_NotAvailable;
 }
 
 int TVDatabase::run_trigger(TVDBObject&, const std::string&)
 {
-    return TVErrC_ok;
+    return TVErrC_NotAvailable;
 }
 
 std::string TVDatabase::spec_child_member_tag(const TVDBObject&) const
@@ -814,19 +829,17 @@ std::string TVDatabase::spec_child_member_tag(const TVDBObject&) const
 
 int TVDatabase::append_values(TVDBObject&, const TVDBObject&)
 {
-    return TVErrC_ok;
+    return TVErrC_NotAvailable;
 }
-
-// ---- Sync, import and checks ----------------------------------------------------------
 
 int TVDatabase::pull_all(bool)
 {
-    return TVErrC_ok;
+    return TVErrC_NotAvailable;
 }
 
 int TVDatabase::push_all(bool, bool)
 {
-    return TVErrC_ok;
+    return TVErrC_NotAvailable;
 }
 
 int TVDatabase::sync_state() const
@@ -850,14 +863,16 @@ bool TVDatabase::has_ext_data() const
     return false;
 }
 
-int TVDatabase::import_db(const std::string&, const std::string*)
+int TVDatabase::import_db(const std::string& file, const std::string*)
 {
-    return TVErrC_ok;
+    return tvwarning(TVErrC_NotAvailable, TVLOCATION,
+                     "Merging %s into this file is not available in this version.",
+                     file.empty() ? "data" : file.c_str());
 }
 
 int TVDatabase::validate_specs() const
 {
-    return TVErrC_ok;
+    return TVErrC_NotAvailable;
 }
 
 int TVDatabase::validate_queries(std::string& script, int& line, std::string& message) const
@@ -865,13 +880,13 @@ int TVDatabase::validate_queries(std::string& script, int& line, std::string& me
     script.clear();
     line = 0;
     message.clear();
-    return TVErrC_ok;
+    return TVErrC_NotAvailable;
 }
 
 int TVDatabase::periodic_check(long, bool, std::vector<TVCheckIssue>& issues)
 {
     issues.clear();
-    return TVErrC_ok;
+    return TVErrC_NotAvailable;
 }
 
 long TVDatabase::get_last_db_update() const
@@ -1113,10 +1128,15 @@ std::string TVDatabase::partial_name(const std::string& path)
 int TVDatabase::write(std::ostream& out, long since, bool first, const std::string& transaction,
                       int version) const
 {
+    if (d->m_readOnly)
+        return tverror(TVErrC_DatabaseReadOnly, TVLOCATION, "This database was opened read-only.");
+    return write_records(out, since, first, transaction, version);
+}
+
+int TVDatabase::write_records(std::ostream& out, long since, bool first,
+                              const std::string& transaction, int version) const
+{
     try {
-        if (d->m_readOnly)
-            return tverror(TVErrC_DatabaseReadOnly, TVLOCATION,
-                           "This database was opened read-only.");
         if (since == 0 || first) {
             if (version != -1 && version != d->m_databaseFileVersion)
                 return tverror(TVErrC_InvalidDatabaseVersion, TVLOCATION,
@@ -1348,15 +1368,52 @@ int TVDatabase::read(const std::string& file, bool keep_partial, bool use_partia
     return load(file, true, false, std::string(), keep_partial, use_partial, false, true);
 }
 
+// A load that fails leaves nothing of the file behind: the next load
+// (the file that was open before, say) must not read onto its objects.
 int TVDatabase::load(const std::string& file, bool read_only, bool create_file,
                      const std::string& default_file, bool keep_partial, bool use_partial,
                      bool remove_intermediate, bool no_clean)
 {
+    if (d->m_isLoaded)
+        return tverror(TVErrC_DatabaseAlreadyLoaded, TVLOCATION,
+                       "Database file %s already loaded.", d->m_completeFile.c_str());
+    int result = TVErrC_ok;
+    try {
+        result = load_steps(file, read_only, create_file, default_file, keep_partial, use_partial,
+                            remove_intermediate, no_clean);
+    } catch (const TVErrDetails&) {
+        forget_contents();
+        tv_trail_throw(TVLOCATION);
+    }
+    if (istvwarn(result))
+        forget_contents();
+    return result;
+}
+
+// Drops the objects and what was read into this database's record, keeping
+// the names, the type the application set and the session's flags.
+void TVDatabase::forget_contents()
+{
+    clear_objects();
+    clear_unhandled_data();
+    d->m_isLoaded = false;
+    d->m_isResolved = false;
+    d->m_uniqueId = get_id() + 1;
+    d->m_comment.clear();
+    d->m_appFileVersion = 0;
+    d->m_featureCount = 0;
+    d->m_writeTime = TVDateUtils::blank_date();
+    d->m_writeHost.clear();
+    d->m_appRelease.clear();
+    d->m_noteURL.clear();
+}
+
+int TVDatabase::load_steps(const std::string& file, bool read_only, bool create_file,
+                           const std::string& default_file, bool keep_partial, bool use_partial,
+                           bool remove_intermediate, bool no_clean)
+{
     try {
         const std::string appType = d->m_appType;
-        if (d->m_isLoaded)
-            return tverror(TVErrC_DatabaseAlreadyLoaded, TVLOCATION,
-                           "Database file %s already loaded.", d->m_completeFile.c_str());
         set_filename(file);
         d->m_readOnly = read_only;
         if (file.empty()) {
@@ -1408,12 +1465,8 @@ int TVDatabase::load(const std::string& file, bool read_only, bool create_file,
             // warning stays recorded and the load goes on. One that can't
             // be opened at all stops the load, for the user to decide on.
             const int result = load_partial(true);
-            if (d->m_partialUnread) {
-                clear_objects();
-                d->m_isLoaded = false;
-                d->m_isResolved = false;
+            if (d->m_partialUnread)
                 return result;
-            }
         }
         TV_PASS_ON(upgrade_appfileversion());
         TV_PASS_ON(initialise(true));
@@ -1632,9 +1685,7 @@ int TVDatabase::unload()
         // a failed load or save they are what the next load recovers from.
         if (!d->m_readOnly && d->m_isLoaded && !d->m_partialAhead)
             TV_PASS_ON(clean_intermediate(false, true));
-        clear_objects();
-        d->m_isLoaded = false;
-        d->m_isResolved = false;
+        forget_contents();
         d->m_readOnly = false;
         d->m_firstPartialWrite = true;
         set_filename(std::string());
@@ -1747,22 +1798,27 @@ int TVDatabase::save(bool mark_write, bool manual, bool verify_file)
         TV_PASS_ON(write(text, 0, false, std::string(), -1));
         TV_PASS_ON(tv_db_write_file(newFile, text.str(), false));
 
+        const bool existed = tv_file_exists(file);
+        bool madeBase = false;
+        if (d->m_baseFile.empty()) {
+            // The first save of the session: the state the log starts from,
+            // the file as it stands before this save (or this save's text,
+            // with no log yet). Copied while F is still in place, so that a
+            // failed copy leaves F and the session as they were.
+            const std::string base = get_cache_name(file, true) + C_BaseExt;
+            const bool empty = d->m_index.size() == 0;
+            if (empty || existed) {
+                TV_PASS_ON(tv_create_dir(tv_dirname(base), true));
+                // The copy's bytes are flushed before it takes the name.
+                TV_PASS_ON(tv_copy_file(empty ? newFile : file, base, true, true));
+                d->m_baseFile = base;
+                madeBase = true;
+            }
+        }
         // From here on a whole main file is on disk at every moment: F, or
         // old_file with new_file beside it (load puts old_file back).
-        const bool existed = tv_file_exists(file);
         if (existed)
             TV_PASS_ON(tv_rename_file(file, oldFile, true, true));
-        if (d->m_baseFile.empty()) {
-            // The first save of the session: the state the log starts from.
-            const std::string base = get_cache_name(file, true) + C_BaseExt;
-            TV_PASS_ON(tv_create_dir(tv_dirname(base), true));
-            const std::string& source = d->m_index.size() == 0 ? newFile : oldFile;
-            if (d->m_index.size() == 0 || existed) {
-                // The copy's bytes are flushed before it takes the name.
-                TV_PASS_ON(tv_copy_file(source, base, true, true));
-            }
-            d->m_baseFile = base;
-        }
         TV_PASS_ON(tv_rename_file(newFile, file, true, true));
         TV_PASS_ON(tv_sync_dir(tv_dirname(file)));
         if (tv_dirname(newFile) != tv_dirname(file))
@@ -1779,6 +1835,17 @@ int TVDatabase::save(bool mark_write, bool manual, bool verify_file)
             }
             if (istvwarn(result)) {
                 tvlog(TVLOCATION, "cloud: !Failed Validate");
+                // A base copied from the text that failed is no start for
+                // undo: without one, undo replays onto the main file.
+                if (madeBase && d->m_index.size() == 0) {
+                    try {
+                        if (istvwarn(tv_delete_file(d->m_baseFile, false)))
+                            get_tverror()->clear_last_error();
+                    } catch (const TVErrDetails&) {
+                        get_tverror()->clear_last_error();
+                    }
+                    d->m_baseFile.clear();
+                }
                 if (existed)
                     TV_PASS_ON(tv_rename_file(oldFile, file, true, true));
                 tvsysinfo_append(TVLOCATION, "Moved %s back to %s", oldFile.c_str(), file.c_str());
@@ -2091,36 +2158,142 @@ int TVDatabase::restore_snapshot(const std::string& snapshot, std::string& backu
     }
 }
 
-int TVDatabase::replace_file(const std::string& text)
+// The text is read and checked on a scratch database before anything is
+// touched. Then, in the order a crash can stand at any step: the present
+// state is saved whole, the old session's log goes (it must never replay
+// onto the new text), the text is written by the save's steps, and the file
+// it replaced is kept as the newest backup. Only then does memory change.
+int TVDatabase::replace_file(const std::string& text, const std::string& source)
 {
     try {
+        TV_PASS_ON(check_writable(true));
         const std::string file = d->m_completeFile;
-        const std::string appType = d->m_appType;
-        // The merged text is the new truth: the old session's log is not.
-        if (!d->m_readOnly)
-            TV_PASS_ON(clean_intermediate(false, true));
-        TV_PASS_ON(unload());
-        d->m_appType = appType;
+        const std::string from = source.empty() ? "The replacing data" : source;
+        std::unique_ptr<TVDatabase> check(create_verification_db(d->m_appType));
         int result = TVErrC_ok;
         try {
-            result = read_text(text, false, false);
+            result = check->read_text(text, false, false);
         } catch (const TVErrDetails&) {
             result = tverrorvalue();
         }
         if (istvwarn(result)) {
-            (void)unload();
-            get_tverror()->clear_last_error();
-            d->m_appType = appType;
-            TV_PASS_ON(load(file, false, std::string(), false, true, true));
-            return tverror(TVErrC_DatabaseNotLoaded, TVLOCATION, "Database file %s not loaded.",
-                           file.c_str());
+            tvuserinfo_set("%s contains invalid data.", from.c_str());
+            return tv_trail_return(result, TVLOCATION);
         }
-        set_filename(file);
-        d->m_isLoaded = true;
-        mark_partial_written();
-        d->m_lastFullWrite = d->m_lastPartialWrite;
-        d->m_firstPartialWrite = true;
-        TV_PASS_ON(initialise(true));
+        if (!d->m_appType.empty() && check->get_app_type() != d->m_appType)
+            return tverror(TVErrC_WrongAppType, TVLOCATION,
+                           "%s is not a %s data file (it is a %s data file).", from.c_str(),
+                           d->m_appType.c_str(), check->get_app_type().c_str());
+        if (check->get_appfileversion() > current_appfileversion())
+            return tverror(TVErrC_NewerAppVersion, TVLOCATION,
+                           "This file was written by a newer version of %s - Cannot load.",
+                           tvapplication()->get_application().c_str());
+        check.reset();
+        if (file.empty()) {
+            // In memory only: nothing on a disk to keep safe.
+            clear_objects();
+            TV_PASS_ON(read_text(text, false, false));
+            return adopt_replaced();
+        }
+        // The main file holds everything done so far, so the log can go.
+        if (d->m_partialAhead || changed_since_full_write())
+            TV_PASS_ON(save(false, false, false));
+        TV_PASS_ON(clean_intermediate(false, true));
+        const std::string newFile = get_cache_name(file, false) + C_NewExt;
+        const std::string oldFile = get_cache_name(file, false) + C_OldExt;
+        TV_PASS_ON(tv_db_write_file(newFile, text, false));
+        const bool existed = tv_file_exists(file);
+        if (existed)
+            TV_PASS_ON(tv_rename_file(file, oldFile, true, true));
+        TV_PASS_ON(tv_rename_file(newFile, file, true, true));
+        TV_PASS_ON(tv_sync_dir(tv_dirname(file)));
+        bool thrown = false;
+        try {
+            result = verify(file, d->m_appType);
+        } catch (const TVErrDetails&) {
+            result = tverrorvalue();
+            thrown = true;
+        }
+        if (istvwarn(result)) {
+            if (existed)
+                TV_PASS_ON(tv_rename_file(oldFile, file, true, true));
+            tvsysinfo_append(TVLOCATION, "Moved %s back to %s", oldFile.c_str(), file.c_str());
+            if (thrown)
+                throw TVErrDetails(*get_tverror()->error_details());
+            return tverrorvalue();
+        }
+        // The replaced file becomes ".bk0", whatever the rotation's timing.
+        const int count = d->m_backupCount;
+        d->m_backupCount = count > 0 ? count : C_SnapshotBackupCount;
+        d->m_lastBackup = 0;
+        result = rotate_backups(oldFile);
+        d->m_backupCount = count;
+        TV_PASS_ON(result);
+        // The new text is the new truth on the disk: what is in memory
+        // follows. A read that fails now (it passed above) leaves the
+        // database unloaded, and the next load reads the new file.
+        clear_objects();
+        d->m_isLoaded = false;
+        TV_PASS_ON(read_text(text, false, false));
+        return adopt_replaced();
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// What was just read is the whole database, and the files hold it: the
+// undo history starts afresh from here.
+int TVDatabase::adopt_replaced()
+{
+    d->m_isLoaded = true;
+    d->m_index.reset();
+    d->m_baseFile.clear();
+    d->m_firstPartialWrite = true;
+    d->m_partialAhead = false;
+    TV_PASS_ON(initialise(true));
+    mark_partial_written();
+    d->m_lastFullWrite = d->m_lastPartialWrite;
+    return TVErrC_ok;
+}
+
+// A full write, as a save's, that leaves the index and the counters alone;
+// a read-only database exports too.
+int TVDatabase::export_db(const std::string& file, std::string* text, bool check,
+                          const std::string& app_type)
+{
+    const TVAppStatusSetter status(C_ExportingStatus, true, C_SaveStatusDelayMicro);
+    try {
+        if (!d->m_isLoaded)
+            return tverror(TVErrC_DatabaseNotLoaded, TVLOCATION, "Database file %s not loaded.",
+                           d->m_completeFile.c_str());
+        const std::string ownType = d->m_appType;
+        if (!app_type.empty())
+            d->m_appType = app_type;
+        std::ostringstream out;
+        int result = TVErrC_ok;
+        try {
+            result = write_records(out, 0, false, std::string(), -1);
+        } catch (const TVErrDetails&) {
+            d->m_appType = ownType;
+            tv_trail_throw(TVLOCATION);
+        }
+        d->m_appType = ownType;
+        TV_PASS_ON(result);
+        if (file.empty()) {
+            if (text != nullptr)
+                *text = out.str();
+            return TVErrC_ok;
+        }
+        TV_PASS_ON(tv_db_save_file(file, out.str()));
+        if (check) {
+            std::unique_ptr<TVDatabase> copy(
+                create_verification_db(app_type.empty() ? ownType : app_type));
+            if (istvwarn(copy->read(file, false, false)))
+                return tverror(TVErrC_CorruptDatabase, TVLOCATION, "Unable to load database %s.",
+                               file.c_str());
+        }
+        if (text != nullptr)
+            *text = out.str();
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

@@ -66,6 +66,9 @@ public:
     static int TVErrC_UnfilledVariables;
     static int TVErrC_ExtraVariables;
     static int TVErrC_InvalidChild;
+    // A layer that is not in this build: as a plain result, nothing was
+    // done; as a warning, the action the user asked for can't be done.
+    static int TVErrC_NotAvailable;
 
     // The file format. None of these may change: they stand in every file.
     static const char* const C_DlmtDBIdentifier; // "TVDatabase:7685", line 1
@@ -155,8 +158,9 @@ public:
     // add_object elsewhere. copy is null on failure.
     [[nodiscard]] int extract_object(int id, TVDBObject*& copy, bool resolve);
     // object (owned from here on) takes the id, parent and file place of
-    // the object of that id, which is destroyed; its children stay under
-    // the id.
+    // the object of that id; its children stay under the id. The old
+    // object leaves the file but stays alive, for a window that still
+    // holds it, until the objects are next dropped (undo, unload).
     [[nodiscard]] int replace_object(int id, TVDBObject* object, const std::string& container_tag,
                                      const std::string& member_tag, int spec_id,
                                      const std::string& operation);
@@ -204,7 +208,8 @@ public:
 
     // ---- The schema and script layer ----------------------------------------
     //
-    // Editing calls these; they do nothing here.
+    // Editing calls these. In this build they do nothing and answer
+    // TVErrC_NotAvailable as a plain result, which callers pass on as ok.
 
     // Recomputes the variables of an object (-1: of all).
     [[nodiscard]] virtual int update_vars(int id, bool force);
@@ -325,8 +330,24 @@ public:
     [[nodiscard]] int save_snapshot(bool manual);
     // backup receives the name of the safety copy of the present state.
     [[nodiscard]] int restore_snapshot(const std::string& snapshot, std::string& backup);
-    // Replaces the whole database by text (a merge's result).
-    [[nodiscard]] int replace_file(const std::string& text);
+    // Replaces the whole database by text (an import, a merge's result).
+    // The text is read and checked first: a damaged one, one of another
+    // application type or of a newer release is refused with the load's
+    // message (naming source, where the text came from) and nothing on the
+    // disk or in memory changes. Otherwise the text becomes the main file
+    // by the save's steps, the undo history starts afresh from it, and the
+    // file it replaced is kept as the newest backup (".bk0"), which
+    // restore_snapshot can bring back.
+    [[nodiscard]] int replace_file(const std::string& text,
+                                   const std::string& source = std::string());
+    // A full write of the database (tombstones older than C_TombstoneDays
+    // left out) to file, whole or not at all (see tv_db_save_file), and
+    // with text given to *text as well; with an empty file only to *text.
+    // app_type, if not empty, is the type the copy claims; this database's
+    // own stays. With check the written file is loaded back to prove it.
+    // The index and the counters don't change; a read-only database exports.
+    [[nodiscard]] int export_db(const std::string& file, std::string* text, bool check,
+                                const std::string& app_type);
     [[nodiscard]] int remove_partial(const std::string& file);
     void set_backup_count(int count);
     int get_backup_count() const;
@@ -337,8 +358,10 @@ public:
     //
     // The workspace's heartbeat and its flows call these. Until the layers
     // behind them (linked copies, import, specs and scripts, the checker)
-    // exist they do nothing and report success, and the queries answer as
-    // for a database with no links, no specs and nothing to check.
+    // exist they do nothing and answer TVErrC_NotAvailable as a plain
+    // result (import_db, which the user asks for, as a warning), and the
+    // queries answer as for a database with no links, no specs and nothing
+    // to check.
 
     // Brings in what linked copies hold; a replace only with can_replace.
     [[nodiscard]] virtual int pull_all(bool can_replace);
@@ -408,15 +431,22 @@ private:
     // Destroys every object; the names and flags stay.
     void clear_objects();
     TVDBObject* find_object(int id) const;
+    [[nodiscard]] int write_records(std::ostream& out, long since, bool first,
+                                    const std::string& transaction, int version) const;
     [[nodiscard]] int read_block(std::string_view text, bool partial, bool skip_saved,
                                  bool& skip, int& max_id, std::string& db_text);
     [[nodiscard]] int load_file(const std::string& file);
+    [[nodiscard]] int load_steps(const std::string& file, bool read_only, bool create_file,
+                                 const std::string& default_file, bool keep_partial,
+                                 bool use_partial, bool remove_intermediate, bool no_clean);
+    void forget_contents();
     [[nodiscard]] int check_writable(bool loaded) const;
     [[nodiscard]] int rotate_backups(const std::string& old_file);
     [[nodiscard]] int save_as_files(const std::string& old_main, const std::string& old_index,
                                     const std::string& old_base, const std::string& old_partial,
                                     bool manual);
     [[nodiscard]] int rebuild_after(int index_result);
+    [[nodiscard]] int adopt_replaced();
     [[nodiscard]] int append_block(const std::string& transaction, bool changed_only);
     void mark_partial_written();
     std::vector<const TVDBObject*> changed_objects(long since) const;

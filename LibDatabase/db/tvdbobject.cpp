@@ -607,10 +607,12 @@ bool TVDBObject::is_edited() const
 int TVDBObject::edit(int lock_id, bool created)
 {
     try {
-        d->m_created = created;
+        // A refused edit leaves the edit that holds the lock as it was: its
+        // created flag is what makes a cancel remove a new object.
         int result = lock(lock_id);
         if (istvwarn(result))
             return tv_trail_return(result, TVLOCATION);
+        d->m_created = created;
         d->m_backup.reset();
         std::unique_ptr<TVObject> copy(clone_class());
         TVDBObject* backup = dynamic_cast<TVDBObject*>(copy.get());

@@ -8,6 +8,8 @@
 #include "LibCore/fileutils/tvfilefaults.h"
 #include "LibCore/fileutils/tvfileutils.h"
 
+#include <QDir>
+
 #include <string>
 
 namespace {
@@ -276,6 +278,167 @@ TEST_F(DatabaseFaultTest, BackupsRotateAtMostEveryTwoHours)
     EXPECT_TRUE(holds(scratch + "2", "b") && !holds(scratch + "2", "c"));
     EXPECT_FALSE(tv_file_exists(scratch + "3"));
     EXPECT_FALSE(tv_file_exists(m_file + ".old"));
+}
+
+// A replace happens whole or not at all: the file reopens as it stood or
+// as the new text, never a mix, and never with the old session's log
+// replaying onto the new text or undoing into the old.
+TEST_F(DatabaseFaultTest, ReplaceStoppedAtAnyStepLeavesTheOldDataOrTheNewWhole)
+{
+    for (bool crash : {false, true}) {
+        std::string text;
+        each_fault(
+            crash,
+            [&](TVDatabase& db, std::set<std::string>& done) {
+                text = write_other(tv_dirname(m_file) + "/other.tvmaths", "r");
+                const int result = db.replace_file(text, "other.tvmaths");
+                if (result == TVErrC_ok)
+                    done = {"r"};
+                return result;
+            },
+            [&](TVDatabase& db, const std::set<std::string>& done, bool fired) {
+                const std::set<std::string> found = names(db);
+                const std::set<std::string> before{"a", "b"}, after{"r"};
+                if (!fired)
+                    EXPECT_EQ(found, done);
+                EXPECT_TRUE(found == before || found == after) << ::testing::PrintToString(found);
+                if (found == after) {
+                    EXPECT_FALSE(db.can_undo());
+                    ASSERT_EQ(add(db, "c"), TVErrC_ok);
+                    ASSERT_EQ(db.undo(), TVErrC_ok) << take_messages();
+                    EXPECT_EQ(names(db), after);
+                }
+            });
+    }
+}
+
+TEST_F(DatabaseFaultTest, ReplacedDataIsWhereUndoRedoAndACrashStartAndTheOldIsASnapshot)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+    ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+    ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+    const std::string text = write_other(tv_dirname(m_file) + "/other.tvmaths", "r");
+    ASSERT_EQ(db->replace_file(text), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), std::set<std::string>{"r"});
+    ASSERT_EQ(add(*db, "c"), TVErrC_ok);
+    ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), std::set<std::string>{"r"});
+    ASSERT_EQ(db->redo(), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"r", "c"}));
+    db.reset(); // as a kill would leave it
+    db = reopen();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"r", "c"}));
+    ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), std::set<std::string>{"r"});
+
+    // What the replace took away, the unsaved "b" too, is the newest backup.
+    const std::string snapshot = TVDatabase::get_scratch_name(m_file) + ".bk0";
+    EXPECT_EQ(names_in(snapshot), (std::set<std::string>{"a", "b"}));
+    std::string backup;
+    ASSERT_EQ(db->restore_snapshot(snapshot, backup), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
+}
+
+TEST_F(DatabaseFaultTest, DamagedForeignOrNewerTextIsRefusedAndNothingChanges)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+    ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+    ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+    const std::string good = write_other(tv_dirname(m_file) + "/other.tvmaths", "r");
+    std::string foreign = good;
+    foreign.replace(foreign.find(C_AppType), std::string(C_AppType).size(), "Diary");
+    std::string newer = good;
+    newer.insert(newer.find("!AppType!"), "!AFV!99\n");
+    const struct {
+        const char* name;
+        std::string text;
+        const char* message;
+    } rows[] = {
+        {"not a database", "Dear diary\n", "not a database file"},
+        {"cut short", good.substr(0, good.size() / 2), "other.tvmaths contains invalid data."},
+        {"another program's", foreign, "is not a TestApp data file (it is a Diary data file)."},
+        {"a newer release's", newer, "written by a newer version"},
+    };
+    const std::string partial = db->get_partial_filename();
+    const std::string index = db->get_index_filename();
+    const std::string main = slurp(m_file), blocks = slurp(partial), log = slurp(index);
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_TRUE(istvwarn(db->replace_file(row.text, "other.tvmaths")));
+        const std::string messages = take_messages();
+        EXPECT_NE(messages.find(row.message), std::string::npos) << messages;
+        EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
+        EXPECT_EQ(slurp(m_file), main);
+        EXPECT_EQ(slurp(partial), blocks);
+        EXPECT_EQ(slurp(index), log);
+    }
+    ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), std::set<std::string>{"a"});
+}
+
+// The first save of a session copies the state the log starts from; a
+// copy that fails leaves the main file in place, and undo still works.
+TEST_F(DatabaseFaultTest, FirstSaveThatFailsAtTheBaseCopyLeavesUndoWorking)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    db = reopen(); // a session of a file that exists, with no base yet
+    ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+    ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+    {
+        TVFileFaults noBase([](TVFileFaults::E_FileOp op, const std::string&,
+                               const std::string& target) {
+            return op == TVFileFaults::E_OpCopy && tv_extension(target) == "tvdbbase";
+        });
+        EXPECT_TRUE(istvwarn(db->save(true, false, false)));
+    }
+    take_messages();
+    EXPECT_TRUE(tv_file_exists(m_file));
+    ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
+    EXPECT_TRUE(db->is_loaded());
+    EXPECT_EQ(names(*db), std::set<std::string>{"a"});
+    ASSERT_EQ(db->save(true, false, false), TVErrC_ok) << take_messages();
+    ASSERT_EQ(db->redo(), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
+}
+
+// An export is the user's file: it is there whole, as before or as new,
+// and no half file or temporary stays behind.
+TEST_F(DatabaseFaultTest, ExportStoppedAtAnyStepLeavesTheOldFileOrTheNewWhole)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+    const std::string out = tv_dirname(m_file) + "/export/copy.tvmaths";
+    ASSERT_EQ(db->export_db(out, nullptr, true, ""), TVErrC_ok) << take_messages();
+    const std::string before = slurp(out);
+    ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+    const std::set<std::string> both{"a", "b"};
+    for (int target = 0;; ++target) {
+        SCOPED_TRACE("fault at operation " + std::to_string(target));
+        int result = TVErrC_ok;
+        bool fired = false;
+        {
+            FaultAt fault(target, false);
+            result = db->export_db(out, nullptr, false, "");
+            fired = fault.fired();
+        }
+        const std::string messages = take_messages();
+        if (istvwarn(result))
+            EXPECT_NE(messages.find("/export"), std::string::npos) << messages;
+        else
+            EXPECT_EQ(names_in(out), both);
+        EXPECT_TRUE(slurp(out) == before || names_in(out) == both);
+        const QDir folder(QString::fromStdString(tv_dirname(out)));
+        EXPECT_EQ(folder.entryList(QDir::Files | QDir::Hidden).size(), 1);
+        if (!fired)
+            break;
+    }
+    // The copy may claim another program's type; the database keeps its own.
+    std::string text;
+    ASSERT_EQ(db->export_db("", &text, false, "Diary"), TVErrC_ok);
+    EXPECT_NE(text.find("!AppType!Diary\n"), std::string::npos);
+    EXPECT_EQ(db->get_app_type(), C_AppType);
 }
 
 } // namespace

@@ -173,6 +173,39 @@ TEST_F(DatabaseUndoTest, ASecondEditIsRefusedAndRevertRestoresTheObject)
     EXPECT_NE(take_messages().find("The object 1 was not locked."), std::string::npos);
 }
 
+// An edit of a new object holds its lock: another edit, or a delete,
+// that is refused can't make the first forget that cancelling it removes
+// the draft.
+TEST_F(DatabaseUndoTest, RefusedEditLeavesTheDraftThatCancelRemoves)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    ASSERT_EQ(db->add_object(new TVDBTestNode("draft"), nullptr, "", "", -1, ""), TVErrC_ok);
+    ASSERT_EQ(db->edit_object(1, true, 1), TVErrC_ok);
+    EXPECT_TRUE(istvwarn(db->edit_object(1, false, 2)));
+    EXPECT_TRUE(istvwarn(db->delete_object(1, "Delete draft")));
+    take_messages();
+    ASSERT_EQ(db->revert_object(1), TVErrC_ok) << take_messages();
+    EXPECT_EQ(names(*db), std::set<std::string>{});
+    EXPECT_EQ(db->get_undo_operation(), "Cancel object creation");
+}
+
+// A window may hold the object a replace takes out of the file: it stays
+// alive until the objects are next dropped, while the file and the id
+// hold the new one.
+TEST_F(DatabaseUndoTest, ReplacedObjectOutlivesTheReplaceForWhoeverHoldsIt)
+{
+    std::unique_ptr<TVDatabase> db = reopen();
+    ASSERT_EQ(add(*db, "old"), TVErrC_ok);
+    const TVDBTestNode* held = node(*db, 1);
+    ASSERT_EQ(db->replace_object(1, new TVDBTestNode("new"), "", "", -1, "Replace"), TVErrC_ok);
+    EXPECT_EQ(held->m_name, "old");
+    EXPECT_EQ(held->get_id(), 1);
+    EXPECT_EQ(node(*db, 1)->m_name, "new");
+    EXPECT_EQ(db->get_nobjects(), 1);
+    db = reopen();
+    EXPECT_EQ(names(*db), std::set<std::string>{"new"});
+}
+
 // A restart keeps the partial file; its log must come along, or the blocks
 // lose their meaning.
 TEST_F(DatabaseUndoTest, ReopenKeepingThePartialFileKeepsUndoneBlocksOut)

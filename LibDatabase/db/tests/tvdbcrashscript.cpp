@@ -18,6 +18,10 @@ const int C_SnapshotEvery = 23;
 // again, as a restart of the program does: the close folds the log, which
 // undo replays whole, so the log stays short over a long run.
 const int C_RestartEvery = 29;
+// Every C_ReplaceEvery-th add goes in through a replace of the whole file
+// (as an import or a sync does): the file exported, the node added to a
+// copy in memory, and the copy's text put in place of the file.
+const int C_ReplaceEvery = 11;
 // Every C_UndoEvery-th step is taken back and put again. Prime to the
 // cycle of five that picks each step's kind, so adds, changes and deletes
 // all get undone.
@@ -90,6 +94,19 @@ int TVDBCrashScript::apply(TVDatabase& db, int step)
     const std::string operation = "Step " + tag;
     switch (kind_of(step, live.size())) {
     case Kind::Add:
+        if (step % C_ReplaceEvery == C_ReplaceEvery - 1) {
+            std::string text;
+            TV_PASS_ON(db.export_db("", &text, false, ""));
+            TVDatabase copy;
+            copy.set_app_type(db.get_app_type());
+            TV_PASS_ON(copy.load("", false, std::string(), false, false, false));
+            TV_PASS_ON(copy.replace_file(text));
+            TV_PASS_ON(copy.add_object(new TVDBTestNode("n" + tag), nullptr, "", "", -1, ""));
+            copy.set_comment(C_StepPrefix + std::to_string(step + 1));
+            TV_PASS_ON(copy.export_db("", &text, false, ""));
+            TV_PASS_ON(db.replace_file(text));
+            break;
+        }
         TV_PASS_ON(db.add_object(new TVDBTestNode("n" + tag), nullptr, "", "", -1, ""));
         break;
     case Kind::Change:
