@@ -27,7 +27,6 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QCoreApplication>
-#include <QDir>
 #include <QFrame>
 #include <QGraphicsView>
 #include <QHBoxLayout>
@@ -44,7 +43,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <ostream>
 
 namespace {
@@ -420,7 +418,7 @@ void MathsMainQt::update_display()
     const bool finished = m_mathsDB.get_remaining_exercises() == 0;
     buttonBox->setVisible(finished);
     finishedButton->setVisible(finished);
-    setWindowTitle(QString::fromStdString(tvapplication()->get_title()));
+    setWindowTitle(QString::fromStdString(tvapplication()->get_application()));
     display_session();
 }
 
@@ -798,16 +796,7 @@ std::string MathsMainQt::paste_buffer_file()
 int MathsMainQt::export_paste_buffer(const std::string& file)
 {
     try {
-        QDir().mkpath(QString::fromStdString(tv_dirname(file)));
-        std::ofstream out(file, std::ios::binary | std::ios::trunc);
-        if (!out)
-            return tvwarning(TVErrC_FileCreate, TVLOCATION, "Could not create the file %s",
-                             file.c_str());
-        TV_PASS_ON(m_mathsDB.write(out, 0, false, std::string(), -1));
-        out.close();
-        if (!out)
-            return tvwarning(TVErrC_FileWrite, TVLOCATION, "Failed write of %s", file.c_str());
-        return TVErrC_ok;
+        return m_mathsDB.export_db(file, nullptr, false, std::string());
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }

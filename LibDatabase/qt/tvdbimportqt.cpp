@@ -4,6 +4,7 @@
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvdatabase.h"
 #include "LibDatabase/db/tvdbmanager.h"
+#include "LibDatabase/db/tvdbwritefile.h"
 #include "LibDatabase/qt/tvdbflow_p.h"
 #include "LibDatabase/qt/tvdbmanagerqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
@@ -11,8 +12,8 @@
 
 #include <QTimer>
 
-#include <fstream>
-#include <sstream>
+#include <filesystem>
+
 
 using tvdbflow::call;
 using tvdbflow::label;
@@ -82,37 +83,55 @@ void TVDBImportQt::db_import3(std::string choice)
             return;
         complete(m_db.get_filename());
     } else if (choice == C_Replace) {
-        std::ifstream in(m_filename, std::ios::binary);
-        if (!in) {
+        std::string text;
+        if (istvwarn(tv_db_read_file(m_filename, text))) {
+            get_tverror()->clear_all();
             tvhandle_error(tvwarnuser(TVErrC_FileRead, TVLOCATION, "Could not open the file %s",
                                       m_filename.c_str()),
                            TVSevWarning);
             failed();
             return;
         }
-        std::ostringstream text;
-        text << in.rdbuf();
         if (stopped(call([&] {
-                TV_PASS_ON(m_db.replace_file(text.str()));
+                TV_PASS_ON(m_db.replace_file(text, m_filename));
                 return m_db.push_all(true, true);
             })))
             return;
         complete(m_db.get_filename());
     } else if (choice == C_Open) {
-        // Into the application's folder, where its files live; a first
-        // import becomes the default file.
         std::string target;
-        if (stopped(call([&] {
-            return TVDBManager::get_default_filename(target, tvdbflow::default_word(m_manager));
-        })))
+        if (stopped(call([&] { return open_target(target); })))
             return;
-        if (tv_file_exists(target))
-            target = tvapplication()->get_data_dir() + "/" + tv_filename(m_filename);
-        if (stopped(call([&] { return tv_copy_file(m_filename, target, true, true); })))
+        std::error_code ec;
+        if (!std::filesystem::equivalent(target, m_filename, ec) &&
+            stopped(call([&] { return tv_copy_file(m_filename, target, true, false); })))
             return;
         complete(target);
     } else {
         cancelled();
+    }
+}
+
+// Into the application's folder, where its files live; a first import
+// becomes the default file. A file already there is never written over:
+// the source itself, when it is there already, opens where it is, and
+// another of its name makes the copy take a numbered name.
+int TVDBImportQt::open_target(std::string& target) const
+{
+    TV_PASS_ON(TVDBManager::get_default_filename(target, tvdbflow::default_word(m_manager)));
+    if (!tv_file_exists(target))
+        return TVErrC_ok;
+    const std::string dir = tvapplication()->get_data_dir();
+    target = dir + "/" + tv_filename(m_filename);
+    std::error_code ec;
+    if (!tv_file_exists(target) || std::filesystem::equivalent(target, m_filename, ec))
+        return TVErrC_ok;
+    const std::string base = tv_basename(m_filename);
+    const std::string ext = tv_extension(m_filename).empty() ? "" : "." + tv_extension(m_filename);
+    for (int n = 2;; ++n) {
+        target = dir + "/" + base + " (" + std::to_string(n) + ")" + ext;
+        if (!tv_file_exists(target))
+            return TVErrC_ok;
     }
 }
 

@@ -47,6 +47,7 @@ public slots:
 private:
     TVDBImportQt(TVDatabase& db, const std::string& file, TVDBManagerQt* manager);
     bool stopped(int value);
+    [[nodiscard]] int open_target(std::string& target) const;
     void complete(const std::string& file);
     void failed();
     void cancelled();

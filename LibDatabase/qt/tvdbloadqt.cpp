@@ -368,7 +368,11 @@ void TVDBLoadQt::create_step1()
                 "data in " + m_filename + " will be lost.",
             TVMessageBox::C_Yes, TVMessageBox::C_No, TVMessageBox::C_Quit);
         if (answer == label(TVMessageBox::C_No)) {
-            complete(m_db.get_filename());
+            // The file that was open stays, or comes back.
+            if (m_db.is_loaded() || m_fallback.empty())
+                complete(m_db.get_filename());
+            else
+                reload();
             return;
         }
         if (answer != label(TVMessageBox::C_Yes)) {

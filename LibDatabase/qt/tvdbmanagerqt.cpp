@@ -25,7 +25,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <fstream>
 
 using tvdbflow::call;
 using tvdbflow::label;
@@ -44,6 +43,7 @@ struct TVDBManagerQt::TVDBManagerQtImpl
     // closeEvent lets the window go only once do_unload has finished.
     bool m_closing = false;
     std::string m_pendingFile;
+    std::string m_pendingFallback;
     bool m_pendingMulti = false;
 };
 
@@ -129,10 +129,10 @@ int TVDBManagerQt::do_load(const std::string& file, const std::string& fallback,
     return TVErrC_ok;
 }
 
-int TVDBManagerQt::do_create(const std::string& file)
+int TVDBManagerQt::do_create(const std::string& file, const std::string& fallback)
 {
     stop_timers();
-    TVDBLoadQt::start_create(get_database(), file, get_database().get_filename(), m_multiWindow,
+    TVDBLoadQt::start_create(get_database(), file, fallback, m_multiWindow,
                              this, TVSlotQt(this, SLOT(db_loaded(std::string))),
                              TVSlotQt(this, SLOT(db_failed())),
                              TVSlotQt(this, SLOT(db_cancelled())));
@@ -594,8 +594,10 @@ void TVDBManagerQt::file_new_selected(std::string file)
         stopped(call([&] { return new_window(file, true, window); }));
         return;
     }
-    // The file open now is closed first, asking about its changes.
+    // The file open now is closed first, asking about its changes; a
+    // create the user gives up on goes back to it.
     d->m_pendingFile = file;
+    d->m_pendingFallback = get_database().get_filename();
     stopped(call([&] {
         return do_unload(true, TVSlotQt(this, SLOT(create_after_unload())), TVSlotQt());
     }));
@@ -603,7 +605,7 @@ void TVDBManagerQt::file_new_selected(std::string file)
 
 void TVDBManagerQt::create_after_unload()
 {
-    stopped(call([&] { return do_create(d->m_pendingFile); }));
+    stopped(call([&] { return do_create(d->m_pendingFile, d->m_pendingFallback); }));
 }
 
 int TVDBManagerQt::user_open(const std::string& caption, const std::string& filter,
@@ -625,15 +627,9 @@ void TVDBManagerQt::file_open_selected(std::string file)
         stopped(call([&] { return new_window(file, false, window); }));
         return;
     }
-    d->m_pendingFile = file;
-    stopped(call([&] {
-        return do_unload(true, TVSlotQt(this, SLOT(open_after_unload())), TVSlotQt());
-    }));
-}
-
-void TVDBManagerQt::open_after_unload()
-{
-    stopped(call([&] { return do_load(d->m_pendingFile, "", false, m_multiWindow); }));
+    // The load closes the open file itself, once it knows there is one to
+    // take its place, and goes back to it if the user gives up on the new.
+    stopped(call([&] { return do_load(file, get_database().get_filename(), false, m_multiWindow); }));
 }
 
 int TVDBManagerQt::user_import(const std::string& caption, const std::string& filter, bool choose,
@@ -699,15 +695,7 @@ int TVDBManagerQt::user_export(const std::string& caption, const std::string& fi
         const std::string file = TVFileSelectQt::get_save_file(this, caption, "", filter);
         if (file.empty())
             return TVErrC_ok;
-        std::ofstream out(file, std::ios::binary | std::ios::trunc);
-        if (!out)
-            return tvwarning(TVErrC_FileCreate, TVLOCATION, "Could not create the file %s",
-                             file.c_str());
-        TV_PASS_ON(db.write(out, 0, false, std::string(), -1));
-        out.close();
-        if (!out)
-            return tvwarning(TVErrC_FileWrite, TVLOCATION, "Failed write of %s", file.c_str());
-        return TVErrC_ok;
+        return db.export_db(file, nullptr, false, std::string());
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }

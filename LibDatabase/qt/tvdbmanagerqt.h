@@ -96,7 +96,8 @@ public:
     [[nodiscard]] int do_load(const std::string& file, const std::string& fallback,
                               bool create_if_missing, bool multi_window);
     [[nodiscard]] int do_save(bool manual);
-    [[nodiscard]] int do_create(const std::string& file);
+    // fallback: the file to open again if the user gives up on this one.
+    [[nodiscard]] int do_create(const std::string& file, const std::string& fallback);
     // Closes the database, through TVDBUnloadQt when the user must be
     // asked (then TVErrC_okCancel: the answer comes to on_done or
     // on_cancel later). on_done may be empty.
@@ -192,7 +193,6 @@ protected:
 private slots:
     void import_loaded(std::string file);
     void create_after_unload();
-    void open_after_unload();
 
 private:
     struct TVDBManagerQtImpl;

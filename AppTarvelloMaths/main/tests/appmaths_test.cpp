@@ -122,6 +122,7 @@ TEST_F(AppMathsTest, FileOpenEventBeforeTheApplicationObjectIsIgnored)
                   home.filePath("data").toStdString() + "/Tarvello/TarvelloMaths/maths", 0),
               0u);
     EXPECT_TRUE(maths.get_main_window()->isVisible());
+    EXPECT_EQ(maths.get_main_window()->windowTitle().toStdString(), "TarvelloMaths");
 }
 
 TEST_F(AppMathsTest, UrlWaitsUntilAWindowCanTakeIt)

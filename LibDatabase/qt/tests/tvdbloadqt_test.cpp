@@ -450,10 +450,48 @@ TEST_F(LoadFlowTest, ImportOpensACopyReplacesOrIsCancelled)
     TVMessageBoxScript none;
     ASSERT_EQ(load(m_file), "complete " + m_file);
     EXPECT_EQ(import({"Cancel"}), "cancelled");
-    EXPECT_EQ(import({"Merge"}), "complete " + m_file);
+    // Merging is not in this version: the user is told, nothing happens.
+    const std::string before = slurp(m_file);
+    EXPECT_EQ(import({"Merge"}), "failed");
+    EXPECT_EQ(names(*m_db), std::set<std::string>{"Tables"});
+    EXPECT_EQ(slurp(m_file), before);
     EXPECT_EQ(import({"Replace"}), "complete " + m_file);
     EXPECT_EQ(names(*m_db), std::set<std::string>{"Imported"});
     EXPECT_EQ(m_db->get_filename(), m_file);
+}
+
+// A file to open of the same name as the one open (or as any file in the
+// application's folder) is copied under a new name, never over it; one
+// that is in the folder already opens where it is.
+TEST_F(LoadFlowTest, ImportToOpenNeverWritesOverAFileThere)
+{
+    TVMessageBoxScript none;
+    ASSERT_EQ(load(m_file), "complete " + m_file);
+    const std::string before = slurp(m_file);
+    const std::string elsewhere = m_dir.path().toStdString() + "/elsewhere";
+    const std::string source = elsewhere + "/" + tv_filename(m_file);
+    ASSERT_EQ(tv_create_dir(elsewhere, true), TVErrC_ok);
+    write_file(source, {"Imported"});
+    std::string chosen = source;
+    TVFileSelectQt::Scoped chooser([&](TVFileSelectQt::Kind, const std::string&,
+                                       const std::string&, const std::string&) { return chosen; });
+    auto open = [&] {
+        FlowEnd end;
+        TVMessageBoxScript script({"Open"});
+        TVDBImportQt::start_import(*m_db, "", "", true, true, m_window.get(),
+                                   TVSlotQt(&end, SLOT(complete(std::string))),
+                                   TVSlotQt(&end, SLOT(failed())),
+                                   TVSlotQt(&end, SLOT(cancelled())));
+        EXPECT_TRUE(drain([&] { return !end.m_end.empty(); }));
+        return end.m_end;
+    };
+    const std::string copy = tv_dirname(m_file) + "/" + tv_basename(m_file) + " (2)" + C_Extension;
+    EXPECT_EQ(open(), "complete " + copy);
+    EXPECT_EQ(slurp(m_file), before);
+    EXPECT_EQ(slurp(copy), slurp(source));
+    chosen = copy;
+    EXPECT_EQ(open(), "complete " + copy);
+    EXPECT_FALSE(tv_file_exists(tv_dirname(m_file) + "/" + tv_basename(m_file) + " (3)" + C_Extension));
 }
 
 } // namespace

@@ -19,7 +19,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QTest>
 #include <QUrl>
 
@@ -37,6 +39,7 @@ class CountingWindow : public TVDBManagerQt
 {
 public:
     using TVDBManagerQt::TVDBManagerQt;
+    using TVDBManagerQt::add_menus;
     int update_calcs() override
     {
         ++m_updates;
@@ -291,6 +294,56 @@ TEST_F(ManagerTest, ImportIntoAnEmptyFolderTakesTheDefaultNameOfTheStartWord)
     ASSERT_TRUE(drain([&] { return !end.m_end.empty(); }));
     EXPECT_EQ(end.m_end, "complete " + expected);
     EXPECT_EQ(slurp(expected), slurp(m_file));
+}
+
+// File › Open and File › New from the window's own menu, given up on at
+// the question they ask: the file that was open comes back, with the
+// window, which in a program of one window would otherwise close.
+TEST_F(ManagerTest, GivingUpOnOpenOrNewKeepsTheFileThatWasOpen)
+{
+    start(60000);
+    QMenu fileMenu, editMenu;
+    m_window->add_menus(fileMenu, editMenu);
+    const auto action = [&](const QString& text) {
+        for (QAction* a : fileMenu.actions())
+            if (a->text() == text)
+                return a;
+        return static_cast<QAction*>(nullptr);
+    };
+    const std::string dir = tv_dirname(m_file);
+    spill(dir + "/damaged.tvmaths", "not a database\n");
+    write_file(dir + "/locked.tvmaths", {"Bonds"});
+    write_file(dir + "/other.tvmaths", {"Bonds"});
+    TVLockFile holder;
+    ASSERT_EQ(holder.lock(dir + "/locked.tvmaths", false), TVErrC_ok);
+    const struct {
+        const char* menu;
+        std::string file;
+        Labels answers;
+        const char* title;
+    } rows[] = {
+        {"Open...", dir + "/damaged.tvmaths", {"Ok"}, "Corrupt File"},
+        {"Open...", dir + "/missing.tvmaths", {"Quit"}, "Load File"},
+        {"Open...", dir + "/locked.tvmaths", {"Quit"}, "Load File"},
+        {"New...", dir + "/other.tvmaths", {"No"}, "Overrwrite File"},
+        {"New...", dir + "/other.tvmaths", {"Quit"}, "Overrwrite File"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(std::string(row.menu) + " " + row.file + " " + row.answers[0]);
+        TVFileSelectQt::Scoped chooser([&](TVFileSelectQt::Kind, const std::string&,
+                                           const std::string&, const std::string&) { return row.file; });
+        TVMessageBoxScript script(row.answers);
+        ASSERT_NE(action(row.menu), nullptr);
+        action(row.menu)->trigger();
+        ASSERT_TRUE(drain([&] { return !script.boxes().empty() && m_db->is_loaded(); }));
+        EXPECT_EQ(script.titles(), Labels{row.title});
+        get_tverror()->clear_all();
+        EXPECT_TRUE(m_window->isVisible());
+        EXPECT_EQ(m_db->get_filename(), m_file);
+        EXPECT_EQ(names(*m_db), std::set<std::string>{"Tables"});
+        EXPECT_FALSE(tv_file_exists(dir + "/missing.tvmaths"));
+    }
+    EXPECT_EQ(slurp(dir + "/damaged.tvmaths"), "not a database\n");
 }
 
 // The whole life of a file in a throwaway window: a process that opened
