@@ -6,7 +6,7 @@ RELEASE := build-release
 CMAKE_FLAGS := -G Ninja -DCMAKE_BUILD_TYPE=Debug -DTV_SANITIZE=ON
 JOBS    ?= $(shell nproc)
 
-.PHONY: all setup configure build check run bench fuzz clean crash screenshots
+.PHONY: all setup configure release-configure build check run bench fuzz clean crash screenshots
 
 all: build
 
@@ -25,15 +25,18 @@ check: build
 	@cd $(BUILD) && ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 QT_QPA_PLATFORM=offscreen \
 	  ctest --output-on-failure -j $(JOBS) --timeout 300
 
-run: build
-	@if [ -x $(BUILD)/bin/tarvello-maths ]; then \
-	  ASAN_OPTIONS=detect_leaks=0 $(BUILD)/bin/tarvello-maths; \
-	else \
-	  echo "make run: built; the program's entry (build/bin/tarvello-maths) does not exist yet."; \
-	fi
+# What users run is the optimised build, without sanitizers; it shares
+# its folder with the benchmarks.
+RELEASE_FLAGS := -G Ninja -DCMAKE_BUILD_TYPE=Release -DTV_BENCHMARKS=ON -DTV_TESTS=OFF
 
-bench: setup
-	@cmake -S . -B $(RELEASE) -G Ninja -DCMAKE_BUILD_TYPE=Release -DTV_BENCHMARKS=ON -DTV_TESTS=OFF >/dev/null
+release-configure: setup
+	@cmake -S . -B $(RELEASE) $(RELEASE_FLAGS) >/dev/null
+
+run: release-configure
+	@cmake --build $(RELEASE) -j $(JOBS) --target tarvello-maths tvdb
+	@$(RELEASE)/bin/tarvello-maths
+
+bench: release-configure
 	@cmake --build $(RELEASE) -j $(JOBS) --target benchmarks
 	@for b in $(RELEASE)/bin/bench_*; do echo "== $$b"; $$b; done
 

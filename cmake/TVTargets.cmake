@@ -28,3 +28,11 @@ macro(tv_add_tests_folder)
     add_subdirectory(tests)
   endif()
 endmacro()
+
+# Programs of a sanitizer build carry the leak checker's suppressions for
+# what the toolkit never frees (LibCore/application/tvsanitizerdefaults.cpp).
+function(tv_sanitizer_defaults target)
+  if(TV_SANITIZE)
+    target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/LibCore/application/tvsanitizerdefaults.cpp)
+  endif()
+endfunction()

@@ -1,4 +1,8 @@
+#include <cerrno>
 #include <cstdlib>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "AppTarvelloMaths/main/appmaths.h"
 #include "LibCore/error/tverror.h"
@@ -7,18 +11,27 @@
 
 namespace {
 // Without a display the toolkit would abort before --help or --version
-// could answer; draw off screen instead.
-void choose_platform()
+// could answer; draw off screen instead. Without a runtime folder (a
+// session with no login manager, as root) the toolkit makes its own and
+// says so on every start; make the same folder quietly.
+void prepare_environment()
 {
     if (std::getenv("QT_QPA_PLATFORM") == nullptr && std::getenv("DISPLAY") == nullptr &&
         std::getenv("WAYLAND_DISPLAY") == nullptr)
         setenv("QT_QPA_PLATFORM", "minimal", 0);
+    if (std::getenv("XDG_RUNTIME_DIR") == nullptr) {
+        const std::string dir = "/tmp/runtime-" + std::to_string(::getuid());
+        struct stat st;
+        if ((::mkdir(dir.c_str(), 0700) == 0 || errno == EEXIST) && ::lstat(dir.c_str(), &st) == 0 &&
+            S_ISDIR(st.st_mode) && st.st_uid == ::getuid() && (st.st_mode & 077) == 0)
+            setenv("XDG_RUNTIME_DIR", dir.c_str(), 0);
+    }
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
-    choose_platform();
+    prepare_environment();
     int handled = 0;
     {
         TVQtApp app(argc, argv);

@@ -39,7 +39,8 @@ void usage(const std::vector<std::unique_ptr<TVDBCommand>>& commands, std::ostre
             << command->summary() << "\n";
     }
     out << "\n"
-           "\"tvdb COMMAND --help\" shows the options of a command.\n";
+           "\"tvdb COMMAND --help\" shows the options of a command; \"tvdb --version\" the\n"
+           "version of the tool.\n";
 }
 
 } // namespace
@@ -54,6 +55,10 @@ int main(int argc, char** argv)
     }
     if (args[0] == "-h" || args[0] == "--help" || args[0] == "help") {
         usage(commands, std::cout);
+        return TVDBCommand::C_ExitOk;
+    }
+    if (args[0] == "-v" || args[0] == "--version") {
+        std::cout << "tvdb " << TV_VERSION << "\n";
         return TVDBCommand::C_ExitOk;
     }
     for (const auto& command : commands) {

@@ -99,6 +99,31 @@ TEST_F(ProgramTest, StandardSwitchesAnswerAndLeaveNoFiles)
     EXPECT_EQ(files(), QStringList());
 }
 
+// What a newcomer meets: both programs answer the standard switches on a
+// plain shell, on the platform that draws off screen and with no runtime
+// folder, with no sanitizer options set and nothing on standard error.
+TEST_F(ProgramTest, ProgramsAnswerHelpAndVersionOnAPlainShell)
+{
+    QProcessEnvironment env = environment();
+    env.remove("ASAN_OPTIONS");
+    env.remove("LSAN_OPTIONS");
+    env.remove("XDG_RUNTIME_DIR");
+    env.insert("QT_QPA_PLATFORM", "offscreen");
+    for (const char* program : {TV_PROGRAM, TV_TVDB}) {
+        for (const char* arg : {"--help", "--version"}) {
+            SCOPED_TRACE(std::string(program) + " " + arg);
+            QProcess process;
+            process.setProcessEnvironment(env);
+            process.start(program, {arg});
+            ASSERT_TRUE(process.waitForFinished(60000));
+            EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
+            EXPECT_EQ(process.exitCode(), 0);
+            EXPECT_FALSE(process.readAllStandardOutput().isEmpty());
+            EXPECT_EQ(process.readAllStandardError().toStdString(), "");
+        }
+    }
+}
+
 // The parser tells the user and goes on to the start, which in a fresh
 // home asks its first-use question: the test reads the reason and ends it.
 TEST_F(ProgramTest, WrongArgumentsGiveTheReasonAndTheUsage)
