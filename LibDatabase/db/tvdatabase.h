@@ -100,9 +100,6 @@ public:
     static constexpr int C_TombstoneDays = 7;
     static constexpr int C_RecalcWaitMs = 10000;
     static constexpr int C_SaveStatusDelayMicro = 1000000;
-    // The change journal holds at least this many ids before it gives up
-    // for a look at every object.
-    static constexpr size_t C_JournalMinimum = 1024;
 
     TVDatabase();
     TVDatabase(const TVDatabase&) = delete;
@@ -427,27 +424,19 @@ protected:
 
 private:
     struct TVDatabaseImpl;
+    // The classes of the engine's concepts work on the private record
+    // (tvdatabase_p.h): the files' reader and writer, the loader and the
+    // saver.
+    friend class TVDBReader;
+    friend class TVDBWriter;
+    friend class TVDBLoader;
+    friend class TVDBSaver;
 
     // Destroys every object; the names and flags stay.
     void clear_objects();
     TVDBObject* find_object(int id) const;
-    [[nodiscard]] int write_records(std::ostream& out, long since, bool first,
-                                    const std::string& transaction, int version) const;
-    [[nodiscard]] int read_block(std::string_view text, bool partial, bool skip_saved,
-                                 bool& skip, int& max_id, std::string& db_text);
-    [[nodiscard]] int load_file(const std::string& file);
-    [[nodiscard]] int load_steps(const std::string& file, bool read_only, bool create_file,
-                                 const std::string& default_file, bool keep_partial,
-                                 bool use_partial, bool remove_intermediate, bool no_clean);
-    void forget_contents();
     [[nodiscard]] int check_writable(bool loaded) const;
-    [[nodiscard]] int rotate_backups(const std::string& old_file);
-    [[nodiscard]] int save_as_files(const std::string& old_main, const std::string& old_index,
-                                    const std::string& old_base, const std::string& old_partial,
-                                    bool manual);
     [[nodiscard]] int rebuild_after(int index_result);
-    [[nodiscard]] int adopt_replaced();
-    [[nodiscard]] int append_block(const std::string& transaction, bool changed_only);
     void mark_partial_written();
     std::vector<const TVDBObject*> changed_objects(long since) const;
     // Loaded and holding id (the database included); otherwise reports

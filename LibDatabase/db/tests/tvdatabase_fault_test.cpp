@@ -299,8 +299,9 @@ TEST_F(DatabaseFaultTest, ReplaceStoppedAtAnyStepLeavesTheOldDataOrTheNewWhole)
             [&](TVDatabase& db, const std::set<std::string>& done, bool fired) {
                 const std::set<std::string> found = names(db);
                 const std::set<std::string> before{"a", "b"}, after{"r"};
-                if (!fired)
+                if (!fired) {
                     EXPECT_EQ(found, done);
+                }
                 EXPECT_TRUE(found == before || found == after) << ::testing::PrintToString(found);
                 if (found == after) {
                     EXPECT_FALSE(db.can_undo());
@@ -424,10 +425,11 @@ TEST_F(DatabaseFaultTest, ExportStoppedAtAnyStepLeavesTheOldFileOrTheNewWhole)
             fired = fault.fired();
         }
         const std::string messages = take_messages();
-        if (istvwarn(result))
+        if (istvwarn(result)) {
             EXPECT_NE(messages.find("/export"), std::string::npos) << messages;
-        else
+        } else {
             EXPECT_EQ(names_in(out), both);
+        }
         EXPECT_TRUE(slurp(out) == before || names_in(out) == both);
         const QDir folder(QString::fromStdString(tv_dirname(out)));
         EXPECT_EQ(folder.entryList(QDir::Files | QDir::Hidden).size(), 1);

@@ -1,0 +1,82 @@
+#ifndef TVDATABASE_P_H
+#define TVDATABASE_P_H
+
+// The private record of TVDatabase, shared with the classes that carry its
+// concepts: the reader and writer of its files (TVDBReader, TVDBWriter),
+// the loader (TVDBLoader) and the saver (TVDBSaver). Nothing outside
+// LibDatabase/db includes this.
+
+#include "LibComms/thread/tvcondvar.h"
+#include "LibComms/thread/tvmutex.h"
+#include "LibCore/ptrarray/tvptrarray.h"
+#include "LibDatabase/db/tvdatabase.h"
+#include "LibDatabase/db/tvdbchangejournal.h"
+#include "LibDatabase/db/tvdbformat.h"
+#include "LibDatabase/db/tvdbindex.h"
+#include "LibDate/date/tvdate.h"
+
+#include <atomic>
+#include <map>
+#include <string>
+
+class TVDBHost;
+
+struct TVDatabase::TVDatabaseImpl {
+    TVPtrArray<TVDBObject> m_objects{true}; // owning, in file order
+    // Objects replace_object took out of the file, kept alive for whoever
+    // still points at them until the objects are next dropped.
+    TVPtrArray<TVDBObject> m_retired{true};
+    std::map<int, TVDBObject*> m_map;
+    int m_uniqueId = 0;
+    std::string m_appType;
+    std::string m_comment;
+    int m_appFileVersion = 0;
+    int m_featureCount = 0;
+    int m_backupCount = C_DefaultBackupCount;
+    TVDate m_writeTime;
+    std::string m_writeHost;
+    std::string m_appRelease;
+    std::string m_noteURL;
+
+    long m_lastFullWrite = 0;
+    long m_lastPartialWrite = 0;
+    bool m_firstPartialWrite = true;
+    std::atomic<long> m_lastStructureChange{0};
+    std::string m_completeFile;
+    std::string m_partialFile;
+    std::string m_baseFile;
+    std::string m_indexFile;
+    bool m_readOnly = false;
+    bool m_isLoaded = false;
+    bool m_isResolved = false;
+    bool m_autosave = true;
+    long m_lastBackup = 0; // seconds since 1970
+    int m_loadID = 0;
+    int m_databaseFileVersion = TVDBFormat::C_LatestFileVersion;
+    TVDBIndex m_index;
+    long m_partialGoodBytes = 0;
+    // One past the highest transaction tag among the blocks the last
+    // partial read applied whole (skipped ones included).
+    int m_partialNextTag = 0;
+    // The operations those blocks' transaction lines name, by id.
+    std::map<int, std::string> m_partialOps;
+    // The partial file holds operations that the main file lacks.
+    bool m_partialAhead = false;
+    // The last load_partial could not open the partial file.
+    bool m_partialUnread = false;
+    // Records (the database's and objects') the last write wrote.
+    int m_recordsWritten = 0;
+    TVDBChangeJournal m_journal;
+
+    TVCondVar m_recalcSignal;
+    TVMutex m_completeLock;
+    bool m_recalcComplete = false; // under m_completeLock
+    TVMutex m_pauseLock;
+    bool m_pauseBackground = false; // under m_pauseLock
+};
+
+// The host through which this layer's objects reach their database; the
+// change journal can be trusted only while it is the one installed.
+const TVDBHost* tv_database_host();
+
+#endif // TVDATABASE_P_H
