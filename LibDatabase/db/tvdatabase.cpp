@@ -1,6 +1,7 @@
 #include "LibDatabase/db/tvdatabase.h"
 
 #include "LibDatabase/db/tvdatabase_p.h"
+#include "LibDatabase/db/tvdbeditor.h"
 #include "LibDatabase/db/tvdbfilenames.h"
 #include "LibDatabase/db/tvdbloader.h"
 #include "LibDatabase/db/tvdbreader.h"
@@ -8,32 +9,21 @@
 #include "LibDatabase/db/tvdbwriter.h"
 
 #include "LibComms/thread/tvmutexlocker.h"
-#include "LibCore/application/tvapplication.h"
-#include "LibCore/application/tvappstatussetter.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvcachename.h"
-#include "LibDatabase/db/tvdbcontainerbase.h"
 #include "LibDatabase/db/tvdbhost.h"
-#include "LibDatabase/db/tvdbwritefile.h"
 #include "LibDatabase/db/tvresolvecontainers.h"
 #include "LibDate/date/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
-#include "LibObject/object/tvserialform.h"
-#include "LibObject/object/tvserialisationentry.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvtrail.h"
 #include "LibCore/log/tvdump.h"
 
 #include <algorithm>
-#include <atomic>
-#include <cctype>
-#include <cstdlib>
-#include <filesystem>
 #include <mutex>
 #include <ostream>
 #include <set>
 #include <sstream>
-#include <unordered_set>
 
 int TVDatabase::TVErrC_NotADatabase = tv_builtin_code("TVDatabase::TVErrC_NotADatabase");
 int TVDatabase::TVErrC_InvalidDatabaseVersion =
@@ -296,259 +286,51 @@ int TVDatabase::add_object(TVDBObject* object, TVDBObject* parent,
                            const std::string& container_tag, const std::string& member_tag,
                            int spec_id, const std::string& operation, int id)
 {
-    try {
-        if (object == nullptr)
-            return tverror(TVErrC_NullPointer, TVLOCATION, "The supplied object was nullptr.");
-        std::unique_ptr<TVDBObject> owned(object);
-        if (parent != nullptr && container_tag.empty())
-            return tverror(TVErrC_NullPointer, TVLOCATION,
-                           "The container tag must be set if a parent is assigned.");
-        if (parent != nullptr && parent->get_id() < 0)
-            return tverror(TVErrC_NullPointer, TVLOCATION,
-                           "The parent object of %d does not have a valid ID set (%d).",
-                           object->get_id(), parent->get_id());
-        object->set_id(id >= 0 ? id : allocate_id(), TVDateUtils::now(), true);
-        const bool newSpec = object->uses_spec() && spec_id > 0 && spec_id != object->get_spec_id();
-        if (spec_id >= 0)
-            object->set_spec_id(spec_id);
-        if (parent != nullptr) {
-            const std::string tag =
-                member_tag.empty() ? spec_child_member_tag(*parent) : member_tag;
-            object->set_parent(parent, container_tag, tag, this);
-            TVDBContainerBase* container = parent->get_container(container_tag);
-            if (container == nullptr)
-                return tverror(TVErrC_NullPointer, TVLOCATION,
-                               "The parent container tag %s could not be located.",
-                               container_tag.c_str());
-            TV_PASS_ON(container->add_object(object));
-            if (TVDBContainerBase* all = get_container(C_DatabaseAllTag + container_tag))
-                TV_PASS_ON(all->add_object(object));
-            if (TVDBContainerBase* any = parent->get_container(std::string()))
-                TV_PASS_ON(any->add_object(object));
-            parent->mark_changed(TVLOCATION, true);
-            set_last_structure_change(parent->get_last_update());
-        } else {
-            object->set_parent_ptr(nullptr, this);
-            mark_changed(TVLOCATION, true);
-            set_last_structure_change(get_last_update());
-        }
-        d->m_objects.add(owned.release());
-        d->m_map[object->get_id()] = object;
-        TV_PASS_ON(object->on_add());
-        // Children carried inside the record come alive here, with new ids.
-        while (TVDBObject* child = object->extract_managed_child())
-            TV_PASS_ON(add_object(child, object, child->get_container_tag(),
-                                  child->get_member_tag(), child->get_spec_id(), "", -1));
-        if (newSpec) {
-            // A spec that doesn't fit only warns: the object stays, as typed.
-            const int result = apply_objectspec_to_db(object, spec_id, true);
-            if (istverr(result))
-                return tv_trail_return(result, TVLOCATION);
-        }
-        TV_PASS_ON(apply_active_note(*object));
-        TV_PASS_ON(run_trigger(*object, C_CreateTrigger));
-        if (!operation.empty())
-            TV_PASS_ON(complete_operation(operation));
-        return TVErrC_ok;
-    } catch (const TVErrDetails&) {
-        tv_trail_throw(TVLOCATION);
-    }
+    return TVDBEditor(*this).add_object(object, parent, container_tag, member_tag, spec_id,
+                                        operation, id);
 }
 
 int TVDatabase::extract_object(int id, TVDBObject*& copy, bool resolve)
 {
-    copy = nullptr;
-    try {
-        TV_PASS_ON(check_writable(true));
-        TVDBObject* object = find_object(id);
-        if (object == nullptr)
-            return tverror(TVErrC_ObjectIdNotFound, TVLOCATION,
-                           "Could not delete - Object ID %d not found.", id);
-        TV_PASS_ON(object->edit(-1, false));
-        std::unique_ptr<TVObject> made(object->clone_class());
-        auto* cast = dynamic_cast<TVDBObject*>(made.get());
-        if (cast == nullptr)
-            return tverror(TVErrC_Assert, TVLOCATION, "Assertion Failed: objectCopy != nullptr");
-        made.release();
-        std::unique_ptr<TVDBObject> owned(cast);
-        owned->set_parent_ptr(nullptr, object->get_database());
-        // Walked from the end and each put first: the copy's children come
-        // out in file order.
-        for (int i = d->m_objects.size(); i-- > 0;) {
-            TVDBObject* child = d->m_objects[i];
-            if (child->get_parent() != object || child->is_deleted())
-                continue;
-            TVDBObject* childCopy = nullptr;
-            TV_PASS_ON(extract_object(child->get_id(), childCopy, false));
-            if (childCopy == nullptr)
-                return tverror(TVErrC_NullPointer, TVLOCATION, "Could not extract child object.");
-            owned->add_managed_child(childCopy);
-        }
-        TVDBObject* parent = object->get_parent();
-        TVDBObject& changed = parent != nullptr ? *parent : static_cast<TVDBObject&>(*this);
-        changed.mark_changed(TVLOCATION, true);
-        set_last_structure_change(changed.get_last_update());
-        TV_PASS_ON(object->on_remove());
-        object->set_state(E_StateDeleted);
-        TV_PASS_ON(object->commit());
-        copy = owned.release();
-        if (resolve) {
-            resolve_containers();
-            TV_PASS_ON(update_vars(-1, true));
-        }
-        return TVErrC_ok;
-    } catch (const TVErrDetails&) {
-        tv_trail_throw(TVLOCATION);
-    }
+    return TVDBEditor(*this).extract_object(id, copy, resolve);
 }
 
 int TVDatabase::delete_object(int id, const std::string& operation)
 {
-    try {
-        TV_PASS_ON(check_writable(true));
-        TVDBObject* copy = nullptr;
-        TV_PASS_ON(extract_object(id, copy, false));
-        std::unique_ptr<TVDBObject> owned(copy);
-        resolve_containers();
-        owned->mark_changed(TVLOCATION, true);
-        owned.reset();
-        // References to the deleted object end.
-        for (TVDBObject* object : d->m_objects)
-            object->remap_id(id, -1);
-        remap_id(id, -1);
-        if (!operation.empty())
-            TV_PASS_ON(complete_operation(operation));
-        return TVErrC_ok;
-    } catch (const TVErrDetails&) {
-        tv_trail_throw(TVLOCATION);
-    }
+    return TVDBEditor(*this).delete_object(id, operation);
 }
 
 int TVDatabase::replace_object(int id, TVDBObject* object, const std::string& container_tag,
                                const std::string& member_tag, int spec_id,
                                const std::string& operation)
 {
-    try {
-        std::unique_ptr<TVDBObject> owned(object);
-        TVDBObject* old = find_object(id);
-        if (old == nullptr)
-            return tvwarning(TVErrC_Assert, TVLOCATION, "Assertion Failed: obj != nullptr");
-        TV_PASS_ON(add_object(owned.release(), old->get_parent(), container_tag, member_tag,
-                              spec_id, "", id));
-        // One object per id in memory as in the file: the new one stands in
-        // the old one's place, where a read-back of the two would leave it.
-        const int oldAt = d->m_objects.index_of(old);
-        TVDBObject* added = d->m_objects.remove(d->m_objects.index_of(find_object(id)));
-        TVDBObject* gone = d->m_objects.remove(oldAt);
-        TV_PASS_ON(d->m_objects.insert(oldAt, added));
-        // A window may still hold the old object: it stays alive, out of
-        // the file, until the objects are next dropped (an undo, an unload).
-        d->m_retired.add(gone);
-        // The vector moved under the journal's tail: the next write looks at all.
-        d->m_journal.invalidate();
-        resolve_containers();
-        if (!operation.empty())
-            TV_PASS_ON(complete_operation(operation));
-        return TVErrC_ok;
-    } catch (const TVErrDetails&) {
-        tv_trail_throw(TVLOCATION);
-    }
+    return TVDBEditor(*this).replace_object(id, object, container_tag, member_tag, spec_id,
+                                            operation);
 }
 
 int TVDatabase::clone_object(int id, TVDBObject*& copy) const
 {
-    copy = nullptr;
-    try {
-        const TVDBObject* object = get_object_by_id(id);
-        if (object == nullptr)
-            return tverror(TVErrC_ObjectIdNotFound, TVLOCATION,
-                           "Could not clone - Object ID %d not found.", id);
-        std::unique_ptr<TVObject> made(object->clone_class());
-        copy = dynamic_cast<TVDBObject*>(made.get());
-        if (copy == nullptr)
-            return tverror(TVErrC_DynamicCast, TVLOCATION, "Could not duplicate this object.");
-        made.release();
-        return TVErrC_ok;
-    } catch (const TVErrDetails&) {
-        tv_trail_throw(TVLOCATION);
-    }
+    return TVDBEditor(const_cast<TVDatabase&>(*this)).clone_object(id, copy);
 }
 
 int TVDatabase::clone_external_object(const TVDBObject& object, int next_id)
 {
-    try {
-        const int id = object.get_id();
-        if (id >= d->m_uniqueId)
-            d->m_uniqueId = id + 1;
-        if (next_id >= 0 && d->m_uniqueId < next_id)
-            d->m_uniqueId = next_id;
-        // On a collision the incoming object keeps its id: it may be
-        // referred to by the other objects that come with it.
-        if (TVDBObject* existing = get_object_by_id(id))
-            TV_PASS_ON(change_id(*existing, allocate_id()));
-        std::unique_ptr<TVObject> made(object.clone_class());
-        auto* clone = dynamic_cast<TVDBObject*>(made.get());
-        if (clone == nullptr)
-            return tverror(TVErrC_DynamicCast, TVLOCATION, "Failed to create new object.");
-        made.release();
-        d->m_objects.add(clone);
-        d->m_map[id] = clone;
-        // The stamps stay the other database's; the next partial save takes it.
-        clone->mark_update();
-        TV_PASS_ON(update_vars(id, true));
-        resolve_containers();
-        return TVErrC_ok;
-    } catch (const TVErrDetails&) {
-        tv_trail_throw(TVLOCATION);
-    }
+    return TVDBEditor(*this).clone_external_object(object, next_id);
 }
 
 int TVDatabase::reparent(TVDBObject* object, TVDBObject* parent, const std::string& container_tag)
 {
-    if (object == nullptr)
-        return tverror(TVErrC_NullPointer, TVLOCATION, "The supplied object was nullptr.");
-    object->set_parent(parent, container_tag, object->get_member_tag(), this);
-    resolve_containers();
-    return TVErrC_ok;
+    return TVDBEditor(*this).reparent(object, parent, container_tag);
 }
 
 int TVDatabase::change_id(TVDBObject& object, int new_id)
 {
-    const int oldId = object.get_id();
-    const auto it = d->m_map.find(oldId);
-    if (it == d->m_map.end() || it->second != &object)
-        return tvwarning(TVErrC_Assert, TVLOCATION, "Assertion Failed: extObj != nullptr");
-    d->m_map.erase(it);
-    // The create id keeps the first id: with the create time it names the
-    // object in every copy of the database.
-    object.set_id(new_id, object.get_create_time(), false);
-    object.mark_update();
-    d->m_map[new_id] = &object;
-    for (TVDBObject* other : d->m_objects)
-        other->remap_id(oldId, new_id);
-    return TVErrC_ok;
+    return TVDBEditor(*this).change_id(object, new_id);
 }
 
 int TVDatabase::merge_objects(int from, int to)
 {
-    try {
-        TVDBObject* into = get_object_by_id(from);
-        if (into == nullptr)
-            return tvwarning(TVErrC_Assert, TVLOCATION, "Assertion Failed: from != nullptr");
-        const TVDBObject* gone = get_object_by_id(to);
-        if (gone == nullptr)
-            return tvwarning(TVErrC_Assert, TVLOCATION, "Assertion Failed: to != nullptr");
-        TV_PASS_ON(append_values(*into, *gone));
-        for (TVDBObject* object : d->m_objects)
-            object->remap_id(to, from);
-        remap_id(to, from);
-        // The children moved by id; the delete below follows the tree.
-        resolve_containers();
-        TV_PASS_ON(delete_object(to, "Merged object"));
-        return TVErrC_ok;
-    } catch (const TVErrDetails&) {
-        tv_trail_throw(TVLOCATION);
-    }
+    return TVDBEditor(*this).merge_objects(from, to);
 }
 
 // ---- Edits -----------------------------------------------------------------------------

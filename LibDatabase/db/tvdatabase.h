@@ -4,23 +4,20 @@
 // TVDatabase: a file of objects, and the object that stands for the file.
 //
 // It owns every object of the file (in file order, with an id map), gives
-// out ids, writes and reads the file formats (doc/file-format.md), loads
-// with the partial file's replay, and saves through renames that always
-// leave a whole main file on disk. Each finished operation is appended to
-// the partial file (complete_operation), so what the user did survives a
-// crash even between full saves.
+// out ids, and is the one way in for editing, undo and the file's life:
+// each finished operation is appended to the partial file
+// (complete_operation), so what the user did survives a crash even between
+// full saves, and saves go through renames that always leave a whole main
+// file on disk. The work is done by one class per concept, each in its own
+// files: TVDBEditor (the tree of objects), TVDBReader and TVDBWriter (the
+// files' text, doc/file-format.md), TVDBLoader (opening, the replay, the
+// undo rebuild), TVDBSaver (every save, rename and copy of the files),
+// TVDBChangeJournal (what changed since the last write), and
+// TVDBFileNames (the name of every side file).
 //
 // It is itself a TVDBObject, id 0 (the first id it allocates is its own),
 // written first in its file in the class name that the application
 // registered. It is also a TVThread, whose only work is recalculation.
-//
-// Files, with main file F (see get_cache_name, get_scratch_name):
-//   main     F                         partial  scratch(F) + ".bpu"
-//   base     cache(F, forced) + ".tvdbbase"
-//   index    cache(F, forced) + ".tvdbindex"
-//   new/old  cache(F) + ".new" / ".old" (beside F unless on Apple systems)
-//   backups  scratch(F) + ".bk0", ".bk1", ...  (".bk0" the latest)
-//   last known good  scratch(F) + ".lkg"
 //
 // Threads: all of it runs on the thread that owns the database (the main
 // thread), except func, which runs background_recalculate on the
@@ -425,8 +422,9 @@ protected:
 private:
     struct TVDatabaseImpl;
     // The classes of the engine's concepts work on the private record
-    // (tvdatabase_p.h): the files' reader and writer, the loader and the
-    // saver.
+    // (tvdatabase_p.h): the editor of the tree, the files' reader and
+    // writer, the loader and the saver.
+    friend class TVDBEditor;
     friend class TVDBReader;
     friend class TVDBWriter;
     friend class TVDBLoader;

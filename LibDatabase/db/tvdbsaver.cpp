@@ -566,6 +566,11 @@ int TVDBSaver::put_back_old()
     }
 }
 
+int TVDBSaver::copy_in(const std::string& from, const std::string& to)
+{
+    return tv_copy_file(from, to, true, false);
+}
+
 int TVDBSaver::copy_template(const std::string& template_file)
 {
     return tv_copy_file(template_file, d->m_completeFile, true, false);

@@ -49,6 +49,9 @@ public:
 
     // ".old" back as the main file: a save stopped between its renames.
     [[nodiscard]] int put_back_old();
+    // A copy of a file the user chose, under a name no file has yet: never
+    // over a file.
+    [[nodiscard]] static int copy_in(const std::string& from, const std::string& to);
     // A new main file from a template.
     [[nodiscard]] int copy_template(const std::string& template_file);
     // The partial file as it was to ".bpu.bad", the live one cut back to

@@ -4,6 +4,7 @@
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvdatabase.h"
 #include "LibDatabase/db/tvdbmanager.h"
+#include "LibDatabase/db/tvdbsaver.h"
 #include "LibDatabase/db/tvdbwritefile.h"
 #include "LibDatabase/qt/tvdbflow_p.h"
 #include "LibDatabase/qt/tvdbmanagerqt.h"
@@ -104,7 +105,7 @@ void TVDBImportQt::db_import3(std::string choice)
             return;
         std::error_code ec;
         if (!std::filesystem::equivalent(target, m_filename, ec) &&
-            stopped(call([&] { return tv_copy_file(m_filename, target, true, false); })))
+            stopped(call([&] { return TVDBSaver::copy_in(m_filename, target); })))
             return;
         complete(target);
     } else {

@@ -3,6 +3,8 @@
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvdatabase.h"
+#include "LibDatabase/db/tvdbfilenames.h"
+#include "LibDatabase/db/tvdbopener.h"
 #include "LibDatabase/qt/tvdbflow_p.h"
 #include "LibDatabase/qt/tvdbmanagerqt.h"
 #include "LibDatabase/qt/tvdbunloadqt.h"
@@ -23,7 +25,7 @@ const char* const TVDBLoadQt::C_Previous = "Previous";
 const char* const TVDBLoadQt::C_OpenAnyway = "Open Anyway";
 const char* const TVDBLoadQt::C_TryAgain = "Try Again";
 const char* const TVDBLoadQt::C_AutoSaved = "Auto-Saved";
-const char* const TVDBLoadQt::C_KeptExt = ".bak";
+const char* const TVDBLoadQt::C_KeptExt = TVDBFileNames::C_KeptExt;
 
 namespace {
 
@@ -207,77 +209,75 @@ void TVDBLoadQt::load_file_selected(std::string file)
     load_step4();
 }
 
+// Steps 4 and 5: the opener locks and loads; what it finds is asked about.
 void TVDBLoadQt::load_step4()
 {
-    if (m_manager == nullptr) {
-        load_step5();
-        return;
-    }
-    for (;;) {
-        const int result = call([&] { return m_manager->lock(m_filename, false); });
-        if (!istvwarn(result))
-            break;
-        // Refused: a warning with no text, left for us to ask about.
-        if (TVErrDetails::compute_code(result) != TVErrC_FileOpen) {
-            if (stopped(result))
-                return;
-            break;
-        }
-        get_tverror()->clear_all();
-        const std::string answer = TVMessageBoxQt::start(
-            this, C_LoadTitle, m_filename + " is locked by another user.  Do you want to:",
-            TVMessageBox::C_Quit, C_OpenAnyway, C_TryAgain);
-        if (answer == C_OpenAnyway) {
-            if (stopped(call([&] { return m_manager->lock(m_filename, true); })))
-                return;
-            break;
-        }
-        if (answer != C_TryAgain) {
-            reload();
-            return;
-        }
-    }
-    load_step5();
+    open_file(false);
 }
 
 void TVDBLoadQt::load_step5()
+{
+    open_file(true);
+}
+
+void TVDBLoadQt::open_file(bool steal)
 {
     if (m_db.is_loaded()) {
         complete(m_db.get_filename());
         return;
     }
-    const bool keep_partial = m_db.has_partial(m_filename);
-    const int result = call([&] {
-        return m_db.load(m_filename, m_creating, m_template, keep_partial, true, false);
-    });
-    if (!istvwarn(result)) {
-        complete(m_filename);
-        return;
-    }
-    m_loadResult = result;
-    const int code = TVErrDetails::compute_code(result);
-    if (code == TVDatabase::TVErrC_CorruptPartial) {
-        get_tverror()->clear_all();
-        handle_partial(TVMessageBoxQt::start(
-            this, "Partial Save",
-            "A partially saved version of " + m_filename + " has been located, but is corrupt.\n" +
-                C_UncleanRun + "You can delete the file, or just quit.",
-            TVMessageBox::C_Delete, TVMessageBox::C_Quit));
-    } else if (code == TVDatabase::TVErrC_Intermediate) {
-        get_tverror()->clear_all();
-        handle_partial(TVMessageBoxQt::start(
-            this, "Temp Files",
-            "Some temporary files from " + m_filename + " have been located.\n" + C_UncleanRun +
-                "You can delete these files, or just quit.",
-            TVMessageBox::C_Delete, TVMessageBox::C_Quit));
-    } else {
-        // The error stays pending: Ok shows its details.
-        handle_load_fail(TVMessageBoxQt::start(
-            this, C_CorruptTitle,
-            "There was a problem opening " + m_filename +
-                ".  Press OK to view the error details.\nIf the file is corrupt, then you can "
-                "delete it, and restore from a backup or open the Auto-Saved file.",
-            TVMessageBox::C_Ok, TVMessageBox::C_Delete, C_AutoSaved));
+    TVDBOpener opener(m_db, m_manager != nullptr ? &m_manager->edit_lock() : nullptr);
+    for (;;) {
+        const TVDBOpener::Result found = opener.open(m_filename, m_creating, m_template, steal);
+        switch (found.outcome) {
+        case TVDBOpener::E_Opened:
+            complete(m_db.is_loaded() ? m_db.get_filename() : m_filename);
+            return;
+        case TVDBOpener::E_Missing:
+            load_step3();
+            return;
+        case TVDBOpener::E_Failed:
+            if (!stopped(found.result))
+                reload();
+            return;
+        case TVDBOpener::E_Locked: {
+            const std::string answer = TVMessageBoxQt::start(
+                this, C_LoadTitle, m_filename + " is locked by another user.  Do you want to:",
+                TVMessageBox::C_Quit, C_OpenAnyway, C_TryAgain);
+            if (answer == C_OpenAnyway) {
+                steal = true;
+                continue;
+            }
+            if (answer == C_TryAgain)
+                continue;
+            reload();
+            return;
+        }
+        case TVDBOpener::E_DamagedPartial:
+            handle_partial(TVMessageBoxQt::start(
+                this, "Partial Save",
+                "A partially saved version of " + m_filename + " has been located, but is corrupt.\n" +
+                    C_UncleanRun + "You can delete the file, or just quit.",
+                TVMessageBox::C_Delete, TVMessageBox::C_Quit));
+            return;
+        case TVDBOpener::E_Leftovers:
+            handle_partial(TVMessageBoxQt::start(
+                this, "Temp Files",
+                "Some temporary files from " + m_filename + " have been located.\n" + C_UncleanRun +
+                    "You can delete these files, or just quit.",
+                TVMessageBox::C_Delete, TVMessageBox::C_Quit));
+            return;
+        case TVDBOpener::E_Damaged:
+            // The error stays pending: Ok shows its details.
+            m_loadResult = found.result;
+            handle_load_fail(TVMessageBoxQt::start(
+                this, C_CorruptTitle,
+                "There was a problem opening " + m_filename +
+                    ".  Press OK to view the error details.\nIf the file is corrupt, then you can "
+                    "delete it, and restore from a backup or open the Auto-Saved file.",
+                TVMessageBox::C_Ok, TVMessageBox::C_Delete, C_AutoSaved));
+            return;
+        }
     }
 }
 
@@ -287,13 +287,8 @@ void TVDBLoadQt::handle_partial(std::string answer)
         reload();
         return;
     }
-    if (stopped(call([&] { return m_manager != nullptr ? m_manager->do_unload() : m_db.unload(); })))
-        return;
-    if (stopped(call([&] { return m_db.remove_partial(m_filename); })))
-        return;
-    if (stopped(call([&] {
-            return m_db.load(m_filename, m_creating, m_template, false, false, true);
-        })))
+    TVDBOpener opener(m_db, nullptr);
+    if (stopped(call([&] { return opener.discard_session(m_filename, m_creating, m_template); })))
         return;
     complete(m_filename);
 }
@@ -309,23 +304,8 @@ void TVDBLoadQt::handle_load_fail(std::string answer)
     }
     if (answer == C_AutoSaved) {
         get_tverror()->clear_all();
-        if (stopped(call([&] { return m_manager != nullptr ? m_manager->do_unload() : m_db.unload(); })))
-            return;
-        // Last known good first: a backup may hold a state it has outlived.
-        const std::string scratch = TVDatabase::get_scratch_name(m_filename);
-        std::string recovery = scratch + TVDatabase::C_LastKnownGood;
-        if (!tv_file_exists(recovery))
-            recovery = scratch + ".bk0";
-        if (!tv_file_exists(recovery)) {
-            failed();
-            return;
-        }
-        const int result = call([&] {
-            TV_PASS_ON(m_db.remove_partial(m_filename));
-            TV_PASS_ON(tv_rename_file(m_filename, m_filename + C_KeptExt, true, true));
-            TV_PASS_ON(tv_copy_file(recovery, m_filename, true, true));
-            return m_db.load(m_filename, false, std::string(), false, false, true);
-        });
+        TVDBOpener opener(m_db, nullptr);
+        const int result = call([&] { return opener.recover(m_filename); });
         if (istvwarn(result)) {
             tvhandle_error(result, TVSevWarning);
             failed();
@@ -345,9 +325,8 @@ void TVDBLoadQt::handle_delete_corrupt(std::string answer)
         reload();
         return;
     }
-    if (stopped(call([&] { return m_manager != nullptr ? m_manager->do_unload() : m_db.unload(); })))
-        return;
-    if (stopped(call([&] { return tv_rename_file(m_filename, m_filename + C_KeptExt, true, true); })))
+    TVDBOpener opener(m_db, nullptr);
+    if (stopped(call([&] { return opener.give_up(m_filename); })))
         return;
     m_creating = true;
     create_step1();

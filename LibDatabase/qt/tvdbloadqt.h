@@ -10,8 +10,10 @@
 // whole chain through the message box's answerer. The chain begins from the
 // event loop (a 0 ms timer), so the window shows "Loading..." first.
 //
-// Recovery of a file that won't load ("Auto-Saved"): the last known good
-// copy, else the newest backup; the damaged file is kept as its name +
+// What a file is found to be (missing, locked, damaged...) and the
+// recoveries are TVDBOpener's; this flow asks the user and goes on by the
+// answer. Recovery of a file that won't load ("Auto-Saved"): the last known
+// good copy, else the newest backup; the damaged file is kept as its name +
 // ".bak" (a later failure overwrites that copy).
 //
 // The database and the manager must outlive the flow. Main thread only.
@@ -83,6 +85,9 @@ private:
     void begin(const TVSlotQt& on_complete, const TVSlotQt& on_failed,
                const TVSlotQt& on_cancelled, const char* first_step);
 
+    // Locks and loads through TVDBOpener (taking a left lock with steal)
+    // and asks about what it finds.
+    void open_file(bool steal);
     // Lets the user pick a template; then create_step3 (creating) or step 4.
     void find_base(bool create);
     // The file open before, instead of giving up; failed when there is none.

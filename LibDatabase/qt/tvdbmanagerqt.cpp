@@ -9,6 +9,7 @@
 #include "LibDatabase/qt/tvdbimportqt.h"
 #include "LibDatabase/qt/tvdbloadqt.h"
 #include "LibDatabase/qt/tvdbunloadqt.h"
+#include "LibDatabase/db/tvdbheartbeat.h"
 #include "LibDate/date/tvdateutils.h"
 #include "LibGui/base/tvnotifylist.h"
 #include "LibGui/base/tvnotifyscheme.h"
@@ -279,62 +280,60 @@ const TVLockFile& TVDBManagerQt::get_lock() const
     return d->m_lock;
 }
 
+TVLockFile& TVDBManagerQt::edit_lock()
+{
+    return d->m_lock;
+}
+
 // ---- The heartbeat --------------------------------------------------------------------
 
 int TVDBManagerQt::do_periodic_update()
 {
     try {
-        if (d->m_paused || is_paused() || d->m_updating)
+        TVDatabase& db = get_database();
+        const bool interacting = d->m_interactTimer.isActive();
+        TVDBHeartbeat::Gate gate;
+        gate.loaded = db.is_loaded();
+        gate.paused = d->m_paused || is_paused();
+        gate.updating = d->m_updating;
+        gate.interacting = interacting;
+        gate.uiPause = m_uiPause;
+        if (gate.loaded && !gate.paused && !gate.updating) {
+            gate.overdue = TVDBHeartbeat::is_overdue(m_lastUpdate, TVDateUtils::now());
+            gate.edited = db.object_edited();
+            gate.minimised = (windowState() & Qt::WindowMinimized) != 0;
+        }
+        const TVDBHeartbeat::GateAnswer answer = TVDBHeartbeat::gate(gate);
+        if (answer.clearUiPause)
+            m_uiPause = false;
+        if (!answer.run)
             return TVErrC_ok;
         TVScopeGuard updating(d->m_updating);
-        TVDatabase& db = get_database();
-        if (!db.is_loaded())
-            return TVErrC_ok;
-        const long now = TVDateUtils::now().get_time_t();
-        const bool overdue =
-            !m_lastUpdate.is_ok() || now - m_lastUpdate.get_time_t() > C_MaxRecalcWait;
-        const bool interacting = d->m_interactTimer.isActive();
-        if (interacting && m_uiPause)
-            return TVErrC_ok;
-        if (!interacting)
-            m_uiPause = false;
-        if (db.object_edited() && !overdue)
-            return TVErrC_ok;
-        if ((windowState() & Qt::WindowMinimized) && !overdue)
-            return TVErrC_ok;
         StatusScope status("Recalculating...");
         if (tvusererror_handle(true) == TVErrC_okHandled)
             return TVErrC_ok;
 
         TV_PASS_ON(db.pull_all(!db.needs_save()));
-        const bool syncing = db.sync_state() == 2 || db.sync_state() == 3;
-
-        // A full pass waits for a quiet user and for the detail period.
-        TVDatabase::E_RecalcLevel level = TVDatabase::E_RecalcAll;
-        bool full = false;
-        if ((!d->m_detailTimer.isActive() && !interacting) || m_detailDue) {
-            if (syncing) {
-                m_detailDue = true;
-            } else {
-                d->m_detailTimer.start(m_detailPeriod);
-                level = TVDatabase::E_RecalcChanged;
-                m_detailDue = false;
-                full = true;
-            }
-        }
-        TV_PASS_ON(db.recalculate(level));
+        TVDBHeartbeat::Pass pass;
+        pass.detailRunning = d->m_detailTimer.isActive();
+        pass.interacting = interacting;
+        pass.detailDue = m_detailDue;
+        pass.syncing = db.sync_state() == 2 || db.sync_state() == 3;
+        const TVDBHeartbeat::Plan plan = TVDBHeartbeat::plan(pass);
+        m_detailDue = plan.detailDue;
+        if (plan.full)
+            d->m_detailTimer.start(m_detailPeriod);
+        TV_PASS_ON(db.recalculate(plan.level));
         TV_PASS_ON(update_calcs());
         TV_PASS_ON(rebuild_notify());
-        // Saves wait for 15 quiet seconds and never race a pull. A full
-        // pass verifies what it wrote; the others stamp and push.
-        if (!interacting && !syncing)
-            TV_PASS_ON(do_autosave(full));
+        if (plan.autosave)
+            TV_PASS_ON(do_autosave(plan.verify));
 
         update_display();
         emit push_state_changed();
         m_lastUpdate = TVDateUtils::now();
         m_updateDue = false;
-        if (syncing)
+        if (plan.repeatSoon)
             QTimer::singleShot(C_SyncRepeatMs, this, &TVDBManagerQt::periodic_timer_expired);
         else if (m_updatePeriod > 0)
             d->m_updateTimer.start(m_updatePeriod);

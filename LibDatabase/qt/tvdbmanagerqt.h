@@ -23,6 +23,7 @@
 // The database must outlive the window. Under a TVApplicationQt the window
 // is listed with it and belongs to it. Main thread only.
 
+#include "LibDatabase/db/tvdbheartbeat.h"
 #include "LibDatabase/db/tvdbmanager.h"
 #include "LibDate/date/tvdate.h"
 #include "LibGui/qt/tvmainwindowqt.h"
@@ -50,7 +51,7 @@ public:
     static constexpr int C_FrequentMs = 1000;
     // A one-off repeat while a pull changed the data.
     static constexpr int C_SyncRepeatMs = 1000;
-    static constexpr long C_MaxRecalcWait = 600; // seconds
+    static constexpr long C_MaxRecalcWait = TVDBHeartbeat::C_MaxWaitSeconds;
     static constexpr int C_DefaultUpdatePeriod = 10000;
     static constexpr int C_DefaultDetailPeriod = 300000;
 
@@ -114,6 +115,8 @@ public:
     [[nodiscard]] int lock(const std::string& file, bool steal);
     void unlock();
     const TVLockFile& get_lock() const;
+    // The lock the flows take the window's file with.
+    TVLockFile& edit_lock();
 
     // ---- For subclasses ------------------------------------------------------
     void add_menus(QMenu& file_menu, QMenu& edit_menu);

@@ -1,4 +1,5 @@
-// Saving through its faults: every disk operation of a save, a partial
+// Saving through its faults (TVDBSaver, which does every save, rename and
+// copy of a database's files): every disk operation of a save, a partial
 // save, a save under another name and a snapshot's restore fails in turn,
 // once or from there on (a crash), and what complete_operation had
 // returned for must load again.
@@ -6,6 +7,7 @@
 #include "LibDatabase/db/tests/tvdbfiletest.h"
 
 #include "LibCore/fileutils/tvfilefaults.h"
+#include "LibDatabase/db/tvdbsaver.h"
 #include "LibCore/fileutils/tvfileutils.h"
 
 #include <QDir>
@@ -59,7 +61,7 @@ protected:
             {
                 std::unique_ptr<TVDatabase> db = reopen();
                 ASSERT_EQ(add(*db, "a"), TVErrC_ok);
-                ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+                ASSERT_EQ(TVDBSaver(*db).save(true, true, false), TVErrC_ok);
                 ASSERT_EQ(add(*db, "b"), TVErrC_ok);
                 FaultAt fault(target, crash);
                 const int result = step(*db, done);
@@ -122,7 +124,7 @@ TEST_F(DatabaseFaultTest, SaveStoppedAtAnyStepLosesNothing)
 {
     for (bool crash : {false, true})
         each_fault(crash, [](TVDatabase& db, std::set<std::string>&) {
-            return db.save(true, false, true);
+            return TVDBSaver(db).save(true, false, true);
         });
 }
 
@@ -154,7 +156,7 @@ TEST_F(DatabaseFaultTest, SaveAsStoppedAtAnyStepLeavesTheOldNameWhole)
                     before = slurp(old);
                     if (over)
                         write_other(other, "z");
-                    const int result = db.save_as(other, false);
+                    const int result = TVDBSaver(db).save_as(other, false);
                     if (result == TVErrC_ok)
                         m_file = other;
                     return result;
@@ -192,7 +194,7 @@ TEST_F(DatabaseFaultTest, RestoreSnapshotStoppedAtAnyStepKeepsThePresentState)
                 snapshot = tv_dirname(m_file) + "/snapshot.tvmaths";
                 taken = write_other(snapshot, "s");
                 backup.clear();
-                return db.restore_snapshot(snapshot, backup);
+                return TVDBSaver(db).restore_snapshot(snapshot, backup);
             },
             [&](const TVDatabase& db, const std::set<std::string>& done, bool fired) {
                 const std::set<std::string> found = names(db);
@@ -215,12 +217,12 @@ TEST_F(DatabaseFaultTest, FailedRestoreLeavesTheSafetyCopyWhereItSays)
 {
     std::unique_ptr<TVDatabase> db = reopen();
     ASSERT_EQ(add(*db, "a"), TVErrC_ok);
-    ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+    ASSERT_EQ(TVDBSaver(*db).save(true, true, false), TVErrC_ok);
     ASSERT_EQ(add(*db, "b"), TVErrC_ok);
     const std::string snapshot = tv_dirname(m_file) + "/snapshot.tvmaths";
     spill(snapshot, "no database\n");
     std::string backup;
-    EXPECT_TRUE(istvwarn(db->restore_snapshot(snapshot, backup)));
+    EXPECT_TRUE(istvwarn(TVDBSaver(*db).restore_snapshot(snapshot, backup)));
     EXPECT_NE(take_messages().find("Could not restore snapshot"), std::string::npos);
     EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
     EXPECT_EQ(names_in(backup), (std::set<std::string>{"a", "b"}));
@@ -230,7 +232,7 @@ TEST_F(DatabaseFaultTest, FailedVerifyPutsThePreviousFileBack)
 {
     std::unique_ptr<TVDatabase> db = reopen();
     ASSERT_EQ(add(*db, "a"), TVErrC_ok);
-    ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+    ASSERT_EQ(TVDBSaver(*db).save(true, true, false), TVErrC_ok);
     const std::string before = slurp(m_file);
     ASSERT_EQ(add(*db, "b"), TVErrC_ok);
     {
@@ -239,14 +241,14 @@ TEST_F(DatabaseFaultTest, FailedVerifyPutsThePreviousFileBack)
                                        const std::string&) {
             return op == TVFileFaults::E_OpRead && path == m_file;
         });
-        EXPECT_TRUE(istvwarn(db->save(true, true, true)));
+        EXPECT_TRUE(istvwarn(TVDBSaver(*db).save(true, true, true)));
         EXPECT_EQ(get_tverror()->get_code(), TVDatabase::TVErrC_CorruptDatabase);
     }
     const std::string messages = take_messages();
     EXPECT_NE(messages.find("Moved"), std::string::npos) << messages;
     EXPECT_EQ(slurp(m_file), before);
     // The autosave's next try writes what the failed one could not.
-    ASSERT_EQ(db->save(true, true, true), TVErrC_ok) << take_messages();
+    ASSERT_EQ(TVDBSaver(*db).save(true, true, true), TVErrC_ok) << take_messages();
     EXPECT_NE(slurp(m_file).find("!n!b\n"), std::string::npos);
     EXPECT_EQ(slurp(m_file), slurp(TVDatabase::get_scratch_name(m_file) + ".lkg"));
 }
@@ -258,7 +260,7 @@ TEST_F(DatabaseFaultTest, BackupsRotateAtMostEveryTwoHours)
     const std::string scratch = TVDatabase::get_scratch_name(m_file) + ".bk";
     auto save_as_named = [&](const std::string& name) {
         ASSERT_EQ(add(*db, name), TVErrC_ok);
-        ASSERT_EQ(db->save(true, false, false), TVErrC_ok) << take_messages();
+        ASSERT_EQ(TVDBSaver(*db).save(true, false, false), TVErrC_ok) << take_messages();
     };
     auto holds = [](const std::string& file, const std::string& name) {
         return slurp(file).find("!n!" + name + "\n") != std::string::npos;
@@ -291,7 +293,7 @@ TEST_F(DatabaseFaultTest, ReplaceStoppedAtAnyStepLeavesTheOldDataOrTheNewWhole)
             crash,
             [&](TVDatabase& db, std::set<std::string>& done) {
                 text = write_other(tv_dirname(m_file) + "/other.tvmaths", "r");
-                const int result = db.replace_file(text, "other.tvmaths");
+                const int result = TVDBSaver(db).replace_file(text, "other.tvmaths");
                 if (result == TVErrC_ok)
                     done = {"r"};
                 return result;
@@ -317,10 +319,10 @@ TEST_F(DatabaseFaultTest, ReplacedDataIsWhereUndoRedoAndACrashStartAndTheOldIsAS
 {
     std::unique_ptr<TVDatabase> db = reopen();
     ASSERT_EQ(add(*db, "a"), TVErrC_ok);
-    ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+    ASSERT_EQ(TVDBSaver(*db).save(true, true, false), TVErrC_ok);
     ASSERT_EQ(add(*db, "b"), TVErrC_ok);
     const std::string text = write_other(tv_dirname(m_file) + "/other.tvmaths", "r");
-    ASSERT_EQ(db->replace_file(text), TVErrC_ok) << take_messages();
+    ASSERT_EQ(TVDBSaver(*db).replace_file(text, ""), TVErrC_ok) << take_messages();
     EXPECT_EQ(names(*db), std::set<std::string>{"r"});
     ASSERT_EQ(add(*db, "c"), TVErrC_ok);
     ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
@@ -337,7 +339,7 @@ TEST_F(DatabaseFaultTest, ReplacedDataIsWhereUndoRedoAndACrashStartAndTheOldIsAS
     const std::string snapshot = TVDatabase::get_scratch_name(m_file) + ".bk0";
     EXPECT_EQ(names_in(snapshot), (std::set<std::string>{"a", "b"}));
     std::string backup;
-    ASSERT_EQ(db->restore_snapshot(snapshot, backup), TVErrC_ok) << take_messages();
+    ASSERT_EQ(TVDBSaver(*db).restore_snapshot(snapshot, backup), TVErrC_ok) << take_messages();
     EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
 }
 
@@ -345,7 +347,7 @@ TEST_F(DatabaseFaultTest, DamagedForeignOrNewerTextIsRefusedAndNothingChanges)
 {
     std::unique_ptr<TVDatabase> db = reopen();
     ASSERT_EQ(add(*db, "a"), TVErrC_ok);
-    ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+    ASSERT_EQ(TVDBSaver(*db).save(true, true, false), TVErrC_ok);
     ASSERT_EQ(add(*db, "b"), TVErrC_ok);
     const std::string good = write_other(tv_dirname(m_file) + "/other.tvmaths", "r");
     std::string foreign = good;
@@ -367,7 +369,7 @@ TEST_F(DatabaseFaultTest, DamagedForeignOrNewerTextIsRefusedAndNothingChanges)
     const std::string main = slurp(m_file), blocks = slurp(partial), log = slurp(index);
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        EXPECT_TRUE(istvwarn(db->replace_file(row.text, "other.tvmaths")));
+        EXPECT_TRUE(istvwarn(TVDBSaver(*db).replace_file(row.text, "other.tvmaths")));
         const std::string messages = take_messages();
         EXPECT_NE(messages.find(row.message), std::string::npos) << messages;
         EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
@@ -392,14 +394,14 @@ TEST_F(DatabaseFaultTest, FirstSaveThatFailsAtTheBaseCopyLeavesUndoWorking)
                                const std::string& target) {
             return op == TVFileFaults::E_OpCopy && tv_extension(target) == "tvdbbase";
         });
-        EXPECT_TRUE(istvwarn(db->save(true, false, false)));
+        EXPECT_TRUE(istvwarn(TVDBSaver(*db).save(true, false, false)));
     }
     take_messages();
     EXPECT_TRUE(tv_file_exists(m_file));
     ASSERT_EQ(db->undo(), TVErrC_ok) << take_messages();
     EXPECT_TRUE(db->is_loaded());
     EXPECT_EQ(names(*db), std::set<std::string>{"a"});
-    ASSERT_EQ(db->save(true, false, false), TVErrC_ok) << take_messages();
+    ASSERT_EQ(TVDBSaver(*db).save(true, false, false), TVErrC_ok) << take_messages();
     ASSERT_EQ(db->redo(), TVErrC_ok) << take_messages();
     EXPECT_EQ(names(*db), (std::set<std::string>{"a", "b"}));
 }
@@ -411,7 +413,7 @@ TEST_F(DatabaseFaultTest, ExportStoppedAtAnyStepLeavesTheOldFileOrTheNewWhole)
     std::unique_ptr<TVDatabase> db = reopen();
     ASSERT_EQ(add(*db, "a"), TVErrC_ok);
     const std::string out = tv_dirname(m_file) + "/export/copy.tvmaths";
-    ASSERT_EQ(db->export_db(out, nullptr, true, ""), TVErrC_ok) << take_messages();
+    ASSERT_EQ(TVDBSaver(*db).export_db(out, nullptr, true, ""), TVErrC_ok) << take_messages();
     const std::string before = slurp(out);
     ASSERT_EQ(add(*db, "b"), TVErrC_ok);
     const std::set<std::string> both{"a", "b"};
@@ -421,7 +423,7 @@ TEST_F(DatabaseFaultTest, ExportStoppedAtAnyStepLeavesTheOldFileOrTheNewWhole)
         bool fired = false;
         {
             FaultAt fault(target, false);
-            result = db->export_db(out, nullptr, false, "");
+            result = TVDBSaver(*db).export_db(out, nullptr, false, "");
             fired = fault.fired();
         }
         const std::string messages = take_messages();
@@ -438,7 +440,7 @@ TEST_F(DatabaseFaultTest, ExportStoppedAtAnyStepLeavesTheOldFileOrTheNewWhole)
     }
     // The copy may claim another program's type; the database keeps its own.
     std::string text;
-    ASSERT_EQ(db->export_db("", &text, false, "Diary"), TVErrC_ok);
+    ASSERT_EQ(TVDBSaver(*db).export_db("", &text, false, "Diary"), TVErrC_ok);
     EXPECT_NE(text.find("!AppType!Diary\n"), std::string::npos);
     EXPECT_EQ(db->get_app_type(), C_AppType);
 }
