@@ -229,9 +229,23 @@ int TVApplication::release_to_int(const std::string& release)
     return parts.size() == 1 ? major : major + tv_string_to_int(parts[1], 0);
 }
 
+namespace {
+std::string& hostname_override()
+{
+    static std::string host;
+    return host;
+}
+} // namespace
+
 std::string TVApplication::get_hostname()
 {
-    return QSysInfo::machineHostName().toStdString();
+    const std::string& host = hostname_override();
+    return host.empty() ? QSysInfo::machineHostName().toStdString() : host;
+}
+
+void TVApplication::set_hostname_override(const std::string& host)
+{
+    hostname_override() = host;
 }
 
 std::string TVApplication::get_executable() const

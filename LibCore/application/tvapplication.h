@@ -96,7 +96,11 @@ public:
     std::string get_major_tag() const;
     // "2.0.0" gives 2000: 1000 times the first part plus the second.
     static int release_to_int(const std::string& release);
+    // The machine's name, or the one set_hostname_override gave (a tool
+    // acting for another device, a test playing several).
     static std::string get_hostname();
+    // Empty gives the machine's name back.
+    static void set_hostname_override(const std::string& host);
 
     // Paths (the first standard location of each kind).
     std::string get_executable() const;

@@ -1,0 +1,25 @@
+#ifndef TVICLOUDFILE_H
+#define TVICLOUDFILE_H
+
+// TViCloudFile: a link's file in the iCloud container (TViCloudService).
+// Not available on this platform.
+
+#include "LibComms/cloud/tvcloudfile.h"
+
+#include <string>
+
+class TViCloudFile : public TVCloudFile
+{
+public:
+    explicit TViCloudFile(const std::string& name);
+
+    bool is_available() override;
+    bool init_in_progress() override;
+    bool has_data() override;
+    std::string read() override;
+    [[nodiscard]] int write(const std::string& data) override;
+    std::string get_name() override;
+    std::string debug_info() override;
+};
+
+#endif // TVICLOUDFILE_H
