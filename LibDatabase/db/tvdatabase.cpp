@@ -6,6 +6,10 @@
 #include "LibDatabase/db/tvdbloader.h"
 #include "LibDatabase/db/tvdbreader.h"
 #include "LibDatabase/db/tvdbsaver.h"
+#include "LibDatabase/db/tvdbsync.h"
+#include "LibDatabase/db/tvexternaldb.h"
+#include "LibCore/log/tvlog.h"
+#include "LibObject/object/tvsrlobjectarray.h"
 #include "LibDatabase/db/tvdbwriter.h"
 
 #include "LibComms/thread/tvmutexlocker.h"
@@ -190,8 +194,8 @@ int TVDatabase::serialise(std::istream* in, std::ostream* out, const std::string
         if (in != nullptr)
             TV_PASS_ON(serialise_value(in, nullptr, prefix, "BackupCount",
                                        TVSrlValue<int>(d->m_backupCount)));
-        // "External" (the links to shared copies) comes with the sync layer;
-        // until then its entries are kept as read.
+        TV_PASS_ON(serialise_object(in, out, prefix, "External",
+                                    TVSrlObjectArray<TVExternalDB>(d->m_external, version)));
         TV_PASS_ON(serialise_value(in, out, prefix, "WriteTime",
                                    TVSrlValue<TVDate>(d->m_writeTime, TVDate::C_Blank)));
         TV_PASS_ON(serialise_string(in, out, prefix, "WriteHost", d->m_writeHost, false));
@@ -500,35 +504,168 @@ int TVDatabase::append_values(TVDBObject&, const TVDBObject&)
     return TVErrC_NotAvailable;
 }
 
-int TVDatabase::pull_all(bool)
+// ---- Sync: TVDBSync -------------------------------------------------------------------
+
+int TVDatabase::add_external(int type, const std::string& name, int mode, TVExternalDB*& out)
 {
-    return TVErrC_NotAvailable;
+    try {
+        out = new TVExternalDB(type, name);
+        d->m_external.add(out);
+        mark_changed(TVLOCATION, true);
+        if (mode == 0)
+            TV_PASS_ON(push(*out, false));
+        else if (mode == 1) {
+            // Nothing of the user's here yet: the shared data simply comes in.
+            d->m_writeTime = TVDateUtils::blank_date();
+            d->m_writeHost.clear();
+            std::string details;
+            TV_PASS_ON(pull(*out, false, details));
+        } else {
+            TV_PASS_ON(pull_all(false));
+        }
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
 }
 
-int TVDatabase::push_all(bool, bool)
+void TVDatabase::remove_external(int type)
 {
-    return TVErrC_NotAvailable;
+    for (int i = d->m_external.size(); i-- > 0;)
+        if (d->m_external[i]->get_dbtype() == type)
+            (void)d->m_external.erase(i);
+    mark_changed(TVLOCATION, true);
+}
+
+int TVDatabase::get_nexternals() const
+{
+    return d->m_external.size();
+}
+
+TVExternalDB* TVDatabase::get_external_no(int index) const
+{
+    return index >= 0 && index < d->m_external.size() ? d->m_external[index] : nullptr;
+}
+
+TVExternalDB* TVDatabase::get_external_type(int type) const
+{
+    for (TVExternalDB* link : d->m_external)
+        if (link->get_dbtype() == type)
+            return link;
+    return nullptr;
+}
+
+TVExternalDB* TVDatabase::get_external_name(const std::string& name) const
+{
+    for (TVExternalDB* link : d->m_external)
+        if (link->get_name() == name)
+            return link;
+    return nullptr;
+}
+
+int TVDatabase::push(TVExternalDB& link, bool force)
+{
+    return TVDBSync(*this).push(link, force);
+}
+
+int TVDatabase::pull_all(bool can_replace)
+{
+    return TVDBSync(*this).pull_all(can_replace);
+}
+
+int TVDatabase::push_all(bool include_manual, bool force)
+{
+    return TVDBSync(*this).push_all(include_manual, force);
+}
+
+int TVDatabase::pull(TVExternalDB& link, bool can_replace, std::string& details)
+{
+    return TVDBSync(*this).pull(link, can_replace, details);
+}
+
+// Saved whole first, then the log dropped: a crash between the two leaves
+// the log replaying onto a main file that already holds it, which changes
+// nothing, where the other order could lose the unsaved edits.
+int TVDatabase::pull_complete()
+{
+    try {
+        TV_PASS_ON(save(false, false, false));
+        TV_PASS_ON(clean_intermediate(false, true));
+        mark_partial_written();
+        d->m_lastFullWrite = d->m_lastPartialWrite;
+        d->m_firstPartialWrite = true;
+        d->m_partialAhead = false;
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::pull_db_data(const TVDatabase& other)
+{
+    if (other.d->m_uniqueId > d->m_uniqueId)
+        d->m_uniqueId = other.d->m_uniqueId;
+    return TVErrC_ok;
 }
 
 int TVDatabase::sync_state() const
 {
-    return 0;
+    return d->m_syncState;
 }
 
 bool TVDatabase::is_syncing() const
 {
+    for (TVExternalDB* link : d->m_external)
+        if (link->download_in_progress() || link->upload_in_progress())
+            return true;
     return false;
 }
 
 bool TVDatabase::needs_push() const
 {
-    // No linked copies: nothing can be behind.
-    return false;
+    // With no link there is nowhere to push to.
+    const bool changed = !d->m_external.empty() && db_has_changed_since(d->m_lastFullWrite);
+    if (!changed)
+        return false;
+    // Asked as the links have always been asked; a date is never later
+    // than itself, so the change is what decides.
+    for (TVExternalDB* link : d->m_external)
+        if (link->should_push(link->get_lastpushtime()) && link->is_available())
+            return true;
+    return changed;
 }
 
 bool TVDatabase::has_ext_data() const
 {
+    for (TVExternalDB* link : d->m_external)
+        if (link->has_data())
+            return true;
     return false;
+}
+
+int TVDatabase::get_cloud_state() const
+{
+    if (d->m_external.empty())
+        return 4;
+    std::vector<int> states;
+    for (TVExternalDB* link : d->m_external)
+        states.push_back(link->get_state());
+    for (int state : {1, 0, 3, 2})
+        if (std::find(states.begin(), states.end(), state) != states.end())
+            return state;
+    return 4;
+}
+
+std::string TVDatabase::get_merge_details() const
+{
+    const std::string separator = "--------------\n";
+    std::string text;
+    for (TVExternalDB* link : d->m_external) {
+        if (!text.empty())
+            text += separator;
+        text += link->get_details() + "\n" + link->debug_info();
+    }
+    return text + separator + tvlog()->read(C_DatabaseService);
 }
 
 int TVDatabase::import_db(const std::string& file, const std::string*)

@@ -34,6 +34,8 @@
 #include "LibComms/thread/tvthread.h"
 #include "LibDatabase/db/tvdbindex.h"
 #include "LibDatabase/db/tvdbobject.h"
+
+class TVExternalDB;
 #include "LibDate/date/tvdate.h"
 
 #include <iosfwd>
@@ -348,28 +350,63 @@ public:
     void set_autosave(bool on);
     bool get_autosave() const;
 
-    // ---- Sync, import and checks ---------------------------------------------
+    // ---- Sync ----------------------------------------------------------------
     //
-    // The workspace's heartbeat and its flows call these. Until the layers
-    // behind them (linked copies, import, specs and scripts, the checker)
-    // exist they do nothing and answer TVErrC_NotAvailable as a plain
-    // result (import_db, which the user asks for, as a warning), and the
-    // queries answer as for a database with no links, no specs and nothing
-    // to check.
+    // Links to shared copies of this database (TVExternalDB) and the four
+    // operations on them: push writes the whole database to a link, pull
+    // reads a peer's copy and ignores, replaces or merges it (TVDBSync,
+    // tvdbsync.h, says how). A stamped save pushes; the workspace pulls in
+    // its periodic update.
 
+    // Links a shared copy of the given type (TVCloudInstance::E_FileType)
+    // and name; mode 0 pushes to it, 1 takes the shared data in (this
+    // database holding nothing of the user's yet), any other pulls all.
+    // out is the new link, owned by the database.
+    [[nodiscard]] int add_external(int type, const std::string& name, int mode,
+                                   TVExternalDB*& out);
+    // Drops every link of that type.
+    void remove_external(int type);
+    int get_nexternals() const;
+    // Null when out of range / when there is none.
+    TVExternalDB* get_external_no(int index) const;
+    TVExternalDB* get_external_type(int type) const;
+    TVExternalDB* get_external_name(const std::string& name) const;
+    [[nodiscard]] int push(TVExternalDB& link, bool force);
     // Brings in what linked copies hold; a replace only with can_replace.
     [[nodiscard]] virtual int pull_all(bool can_replace);
     // Writes this database to every linked copy (manual ones too with
     // include_manual); force pushes also where a copy says it can't take one.
     [[nodiscard]] virtual int push_all(bool include_manual, bool force);
+    [[nodiscard]] int pull(TVExternalDB& link, bool can_replace, std::string& details);
+    // After a pull changed the data: the result saved whole, the old
+    // session's log dropped, everything counted as written.
+    [[nodiscard]] virtual int pull_complete();
+    // What a merge takes of the peer database's own record: here its next
+    // id, when higher.
+    [[nodiscard]] virtual int pull_db_data(const TVDatabase& other);
     // 0 after a load, 1 while a pull pass found nothing, 2 replaced, 3 merged.
     virtual int sync_state() const;
     // A transfer to or from a linked copy is under way.
     virtual bool is_syncing() const;
-    // Some linked copy is behind this database.
+    // Something changed since this database was last written whole.
     virtual bool needs_push() const;
     // Some linked copy has new data waiting to be pulled.
     virtual bool has_ext_data() const;
+    // The links' states in one (TVCloudFile::E_State): off over
+    // initialising over uploading over downloading; idle, or 4 with none.
+    int get_cloud_state() const;
+    // The text of "Cloud Merge Information": each link's last pull and
+    // history, then the database service's log.
+    std::string get_merge_details() const;
+
+    // ---- Import and checks --------------------------------------------------
+    //
+    // Until the layers behind them (import, specs and scripts, the
+    // checker) exist they do nothing and answer TVErrC_NotAvailable as a
+    // plain result (import_db, which the user asks for, as a warning), and
+    // the queries answer as for a database with no specs and nothing to
+    // check.
+
     // Takes the objects of another database file (or of text, when file is
     // empty) into this one under new ids.
     [[nodiscard]] virtual int import_db(const std::string& file, const std::string* text);
@@ -429,6 +466,7 @@ private:
     friend class TVDBWriter;
     friend class TVDBLoader;
     friend class TVDBSaver;
+    friend class TVDBSync;
 
     // Destroys every object; the names and flags stay.
     void clear_objects();

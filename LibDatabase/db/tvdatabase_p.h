@@ -13,6 +13,7 @@
 #include "LibDatabase/db/tvdbchangejournal.h"
 #include "LibDatabase/db/tvdbformat.h"
 #include "LibDatabase/db/tvdbindex.h"
+#include "LibDatabase/db/tvexternaldb.h"
 #include "LibDate/date/tvdate.h"
 
 #include <atomic>
@@ -67,6 +68,13 @@ struct TVDatabase::TVDatabaseImpl {
     // Records (the database's and objects') the last write wrote.
     int m_recordsWritten = 0;
     TVDBChangeJournal m_journal;
+
+    // The links to shared copies, saved under "External".
+    TVPtrArray<TVExternalDB> m_external{true};
+    // The latest write time this process stamped or took in; not saved.
+    TVDate m_latestWrite;
+    // 0 after a load, 1 while a pull pass found nothing, 2 replaced, 3 merged.
+    int m_syncState = 0;
 
     TVCondVar m_recalcSignal;
     TVMutex m_completeLock;

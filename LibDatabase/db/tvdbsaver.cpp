@@ -38,15 +38,21 @@ int TVDBSaver::save(bool mark_write, bool manual, bool verify_file)
         const std::string newFile = TVDBFileNames::new_main(file);
         const std::string oldFile = TVDBFileNames::old_main(file);
         d->m_appFileVersion = m_db.current_appfileversion();
-        // The links to shared copies take the file's base name here (sync layer).
+        // A link is named after the file: the same name on every device.
+        for (TVExternalDB* link : d->m_external)
+            link->set_dbname(tv_basename(file));
         TV_PASS_ON(tv_create_dir(tv_dirname(file), true));
         TV_PASS_ON(tv_create_dir(tv_dirname(newFile), true));
         if (mark_write) {
-            // Stamped before the write, so that the stamps are in the file.
+            // Stamped before the write, so that the stamps are in the file
+            // that goes to the links too.
             d->m_writeTime = TVDateUtils::now();
+            d->m_latestWrite.set_latest(d->m_writeTime);
             d->m_writeHost = TVApplication::get_hostname();
+            for (TVExternalDB* link : d->m_external)
+                if ((manual || !link->get_manual()) && link->can_push())
+                    link->mark_push(d->m_writeTime);
         }
-        (void)manual; // which links are told to push: the sync layer
 
         // The whole text first, then one write: the file is open briefly.
         std::ostringstream text;
@@ -114,7 +120,8 @@ int TVDBSaver::save(bool mark_write, bool manual, bool verify_file)
         m_db.mark_partial_written();
         d->m_lastFullWrite = d->m_lastPartialWrite;
         d->m_partialAhead = false;
-        // A stamped save pushes to the linked copies: the sync layer.
+        if (mark_write)
+            TV_PASS_ON(m_db.push_all(manual, false));
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

@@ -1,0 +1,297 @@
+#include "LibDatabase/db/tvdbsync.h"
+
+#include "LibComms/cloud/tvcloudinstance.h"
+#include "LibComms/cloud/tvcloudservice.h"
+#include "LibCore/application/tvapplication.h"
+#include "LibCore/application/tvappstatussetter.h"
+#include "LibCore/log/tvlog.h"
+#include "LibDatabase/db/tvdatabase_p.h"
+#include "LibDatabase/db/tvdbreader.h"
+#include "LibDatabase/db/tvexternaldb.h"
+#include "LibObject/object/tvtrail.h"
+
+#include <memory>
+
+namespace {
+constexpr const char* C_SyncingStatus = "Syncing...";
+constexpr const char* C_LogDate = "%D %T";
+
+std::string when(const TVDate& date)
+{
+    return date.to_string(C_LogDate);
+}
+} // namespace
+
+TVDBSync::TVDBSync(TVDatabase& db) : m_db(db), d(db.d.get())
+{
+}
+
+void TVDBSync::log(const std::string& text) const
+{
+    if (istvwarn(tvlog()->log(TVDatabase::C_DatabaseService, text)))
+        get_tverror()->clear_last_error();
+}
+
+// ---- Pushing ------------------------------------------------------------------------
+
+int TVDBSync::push_all(bool include_manual, bool force)
+{
+    try {
+        for (int i = 0; i < d->m_external.size(); ++i) {
+            TVExternalDB* link = d->m_external[i];
+            if (link == nullptr)
+                return tverror(TVErrC_Assert, TVLOCATION, "Assertion Failed: ext != nullptr");
+            if (link->get_manual() && !include_manual)
+                continue;
+            const int result = push(*link, force);
+            if (istverr(result))
+                return tv_trail_return(result, TVLOCATION);
+            // One link that can't be written doesn't keep the others from it.
+            if (istvwarn(result))
+                tvsysinfo_append(TVLOCATION, "pushing %s", link->get_name().c_str());
+        }
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBSync::push(TVExternalDB& link, bool force)
+{
+    try {
+        if (!link.can_push() && !force)
+            return TVErrC_ok;
+        log("---");
+        log("Writing Linked DB: " + link.get_name());
+        std::string data;
+        TV_PASS_ON(m_db.export_db(std::string(), &data, false, std::string()));
+        TV_PASS_ON(link.write(data));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+// ---- Pulling ------------------------------------------------------------------------
+
+int TVDBSync::pull_all(bool can_replace)
+{
+    try {
+        d->m_syncState = 1;
+        TVCloudInstance::refresh_cloud();
+        for (int i = 0; i < d->m_external.size(); ++i) {
+            TVExternalDB* link = d->m_external[i];
+            const std::string name = link->get_name();
+            std::string details;
+            const int result = pull(*link, can_replace, details);
+            if (istverr(result))
+                return tv_trail_return(result, TVLOCATION);
+            if (istvwarn(result)) {
+                TVCloudService::reset_all();
+                link->set_details(details);
+                return TVErrC_ok;
+            }
+            if (result == TVErrC_okFileChanged) {
+                // The links came in with the file: the one in hand is gone.
+                for (TVExternalDB* again : d->m_external)
+                    if (again->get_name() == name) {
+                        again->mark_replace();
+                        again->set_pulltime(d->m_writeTime, d->m_writeHost);
+                        again->set_details(details);
+                    }
+                d->m_latestWrite.set_latest(d->m_writeTime);
+                return TVErrC_ok;
+            }
+            if (result == TVErrC_okFileNotChanged)
+                continue;
+            link->set_details(details);
+            return TVErrC_ok;
+        }
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBSync::pull(TVExternalDB& link, bool can_replace, std::string& details)
+{
+    try {
+        if (!link.is_available())
+            return TVErrC_ok;
+        const std::string host = TVApplication::get_hostname();
+        const std::string data = link.read();
+        if (data.empty())
+            return TVErrC_okFileNotChanged;
+        log("---");
+        log(link.get_name() + " has data.");
+        std::unique_ptr<TVDatabase> other(m_db.create_verification_db(d->m_appType));
+        int result = TVErrC_ok;
+        try {
+            result = TVDBReader(*other).read(data, false, false);
+        } catch (const TVErrDetails&) {
+            result = tverrorvalue();
+        }
+        if (istvwarn(result)) {
+            // Half a file, or a damaged one: read all again at the next check.
+            log("Could not read the data; it will be read again.");
+            TVCloudService::reset_all();
+            get_tverror()->clear_all();
+            return TVErrC_ok;
+        }
+        const TVDatabase::TVDatabaseImpl& them = *other->d;
+        if (!d->m_appType.empty() && them.m_appType != d->m_appType) {
+            // Not this program's data under this link's name: nothing of it
+            // may come in.
+            log("The data is of another program (" + them.m_appType + "); not taken in.");
+            return TVErrC_ok;
+        }
+        if (TVApplication::release_to_int(them.m_appRelease) >
+            TVApplication::release_to_int(tvapplication()->get_release())) {
+            log("The data was written by a newer release (" + them.m_appRelease +
+                "); sync paused for this link.");
+            link.set_dbwarning(true);
+            return TVErrC_ok;
+        }
+        log("Our last push " + when(link.get_lastpushtime()));
+        log("Our last merge from " + them.m_writeHost + " was at " +
+            when(link.get_pulltime(them.m_writeHost)));
+        log("They wrote DB on " + them.m_writeHost + " at " + when(them.m_writeTime));
+        if (!link.should_pull(them.m_writeTime, link.get_lastpushtime(), them.m_writeHost)) {
+            link.set_pulltime(them.m_writeTime, them.m_writeHost);
+            return TVErrC_okFileNotChanged;
+        }
+        const TVAppStatusSetter status(C_SyncingStatus, true, TVDatabase::C_SaveStatusDelayMicro);
+        log("Getting data...");
+        TVDate theirCopyOfUs = TVDate::C_Blank;
+        for (TVExternalDB* theirLink : them.m_external)
+            if (theirLink->get_name() == link.get_name()) {
+                theirCopyOfUs = theirLink->get_pulltime(host);
+                break;
+            }
+        log("They merged data that we wrote at " + when(theirCopyOfUs));
+
+        const TVDate& ourPush = link.get_lastpushtime();
+        const TVDate& ourReplace = link.get_lastreptime();
+        bool replace = false;
+        if (can_replace) {
+            if (ourPush.is_ok() && theirCopyOfUs.is_ok() && ourPush == theirCopyOfUs) {
+                log("Replacing... They got our most recent write.");
+                replace = true;
+            } else if (!ourPush.is_ok()) {
+                log("Replacing... We have not written yet.");
+                replace = true;
+            } else if (ourReplace.is_ok() && ourReplace > ourPush) {
+                log("Our last replace " + when(ourReplace));
+                log("Replacing... We replaced more recently than we wrote");
+                replace = true;
+            }
+        }
+        // Anything of ours the peer may lack rules a replace out.
+        if (m_db.db_has_changed_since(d->m_lastFullWrite) ||
+            (d->m_latestWrite.is_ok() && !(d->m_latestWrite < them.m_writeTime))) {
+            log("Another DB was written more recently at " + when(d->m_latestWrite) +
+                " so merging.");
+            replace = false;
+        }
+        if (replace) {
+            log("Replacing...");
+            details += "Loaded new data file written at " + them.m_writeTime.to_string("%C") + ".\n";
+            other.reset();
+            result = m_db.replace_file(data, link.get_name());
+            if (istvwarn(result))
+                return tv_trail_return(result, TVLOCATION);
+            if (result != TVErrC_ok) {
+                TVCloudService::reset_all();
+                return TVErrC_ok;
+            }
+            d->m_syncState = 2;
+            TV_PASS_ON(m_db.pull_complete());
+            return TVErrC_okFileChanged;
+        }
+        TV_PASS_ON(merge(*other, details));
+        link.set_pulltime(them.m_writeTime, them.m_writeHost);
+        d->m_latestWrite.set_latest(them.m_writeTime);
+        m_db.set_last_structure_change(m_db.get_last_update());
+        TV_PASS_ON(m_db.initialise(true));
+        TV_PASS_ON(m_db.pull_complete());
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBSync::merge(const TVDatabase& other, std::string& details)
+{
+    try {
+        const TVDatabase::TVDatabaseImpl& them = *other.d;
+        log("Merging...");
+        details += "Merged my data with data written at " + them.m_writeTime.to_string(C_LogDate) +
+                   ".\n";
+        d->m_syncState = 3;
+        int added = 0;
+        int updated = 0;
+        int collisions = 0;
+        for (const TVDBObject* theirs : them.m_objects) {
+            TVDBObject* local = m_db.get_object_by_id(theirs->get_id());
+            if (local == nullptr) {
+                ++added;
+                TV_PASS_ON(m_db.clone_external_object(*theirs, them.m_uniqueId));
+                continue;
+            }
+            if (local->get_create_id() != theirs->get_create_id()) {
+                // One id given to two objects on two devices: ours may have
+                // been renumbered here before.
+                local = nullptr;
+                for (TVDBObject* mine : d->m_objects)
+                    if (mine->get_create_id() == theirs->get_create_id() &&
+                        mine->get_create_time() == theirs->get_create_time()) {
+                        local = mine;
+                        break;
+                    }
+                if (local == nullptr) {
+                    ++collisions;
+                    TV_PASS_ON(m_db.clone_external_object(*theirs, them.m_uniqueId));
+                    continue;
+                }
+            }
+            if (local->get_modify_time() == theirs->get_modify_time())
+                continue;
+            if (local->get_create_time() != theirs->get_create_time()) {
+                ++collisions;
+                TV_PASS_ON(m_db.clone_external_object(*theirs, them.m_uniqueId));
+                continue;
+            }
+            if (!(local->get_modify_time() < theirs->get_modify_time()))
+                continue; // ours is the later: it stands
+            std::string text;
+            TV_PASS_ON(theirs->object_to_string(text, d->m_appFileVersion));
+            TVObject* made = nullptr;
+            TV_PASS_ON(TVObject::object_from_string(text, made, d->m_appFileVersion));
+            std::unique_ptr<TVObject> copy(made);
+            auto* object = dynamic_cast<TVDBObject*>(copy.get());
+            const int at = d->m_objects.index_of(local);
+            if (object == nullptr || at < 0)
+                continue;
+            copy.release();
+            // The old version may still be held by a window: it is kept
+            // until the objects are next dropped.
+            d->m_retired.add(d->m_objects.remove(at));
+            TV_PASS_ON(d->m_objects.insert(at, object));
+            d->m_map[object->get_id()] = object;
+            object->mark_update();
+            d->m_journal.invalidate();
+            ++updated;
+        }
+        if (m_db.get_modify_time() < other.get_modify_time()) {
+            TV_PASS_ON(m_db.pull_db_data(other));
+            ++updated;
+        }
+        m_db.resolve_containers();
+        log("New Entries: " + std::to_string(added));
+        log("Updated Entries: " + std::to_string(updated));
+        log("Collisions: " + std::to_string(collisions));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
