@@ -41,7 +41,8 @@ TVCFile::TVCFile(const TVCFile& other)
       m_lastModified(other.m_lastModified),
       m_expire(other.m_expire),
       m_active(other.m_active),
-      m_data(other.m_data)
+      m_data(other.m_data),
+      m_readVersion(other.m_readVersion)
 {
     register_tvobject();
 }
@@ -59,6 +60,7 @@ TVCFile& TVCFile::operator=(const TVCFile& other)
         m_expire = other.m_expire;
         m_active = other.m_active;
         m_data = other.m_data;
+        m_readVersion = other.m_readVersion;
     }
     return *this;
 }
@@ -76,6 +78,7 @@ void TVCFile::set_defaults(bool constructing)
     m_expire = TVDateUtils::blank_date();
     m_active = false;
     m_data.clear();
+    m_readVersion.clear();
 }
 
 int TVCFile::create_tvobject(TVObject*& out, const TVObject* source)
@@ -153,6 +156,7 @@ void TVCFile::reset()
 {
     m_lastRead = TVDateUtils::blank_date();
     m_lastModified = TVDateUtils::blank_date();
+    m_readVersion.clear();
     m_data.clear();
 }
 
@@ -160,7 +164,8 @@ int TVCFile::check_read(const std::string& path)
 {
     try {
         const TVDate date = tv_file_modified(path);
-        if (m_lastModified.is_ok() && !(date > m_lastModified))
+        const std::string version = tv_file_version(path);
+        if (m_lastModified.is_ok() && !(date > m_lastModified) && version == m_readVersion)
             return TVErrC_ok;
         const int result = TVCloudService::read_file(path, m_data, true);
         if (istvwarn(result))
@@ -168,6 +173,7 @@ int TVCFile::check_read(const std::string& path)
         if (result != TVErrC_ok)
             return TVErrC_ok;
         m_lastModified = date;
+        m_readVersion = version;
         m_lastRead = m_lastWrite;
         return TVErrC_ok;
     } catch (const TVErrDetails&) {

@@ -80,6 +80,9 @@ private:
     TVDate m_expire;
     bool m_active = false;
     std::string m_data;
+    // The version of the file last read (tv_file_version): its time alone
+    // can miss a second write within one tick.
+    std::string m_readVersion;
 };
 
 std::ostream& operator<<(std::ostream& out, const TVCFile& file);

@@ -89,6 +89,7 @@ void TVCloudService::set_index_file(const std::string& path)
 {
     m_indexFile = path;
     m_indexRead = TVDateUtils::blank_date();
+    m_indexVersion.clear();
 }
 
 int TVCloudService::check_index()
@@ -99,10 +100,12 @@ int TVCloudService::check_index()
         const TVDate date = tv_file_modified(m_indexFile);
         if (!date.is_ok())
             return TVErrC_ok;
-        if (m_indexRead.is_ok() && !(m_indexRead < date))
+        const std::string version = tv_file_version(m_indexFile);
+        if (m_indexRead.is_ok() && !(m_indexRead < date) && version == m_indexVersion)
             return TVErrC_ok;
         TV_PASS_ON(read_index_file());
         m_indexRead = date;
+        m_indexVersion = version;
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
@@ -310,6 +313,7 @@ int TVCloudService::write_index_file()
         }
         // Our own write is no change to read back.
         m_indexRead = tv_file_modified(m_indexFile);
+        m_indexVersion = tv_file_version(m_indexFile);
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

@@ -113,6 +113,7 @@ private:
     TVPtrArray<TVCFile> m_file{true}; // in ascending order of host, then file name
     std::string m_indexFile;
     TVDate m_indexRead;
+    std::string m_indexVersion; // tv_file_version at the last read or write
     TVMutex m_mutex;
     TVCondVar m_signal;
 };

@@ -329,6 +329,21 @@ TVDate tv_file_modified(const std::string& name)
 #endif
 }
 
+std::string tv_file_version(const std::string& name)
+{
+    struct stat st;
+    if (name.empty() || ::stat(name.c_str(), &st) != 0)
+        return std::string();
+#ifdef __APPLE__
+    const struct timespec& modified = st.st_mtimespec;
+#else
+    const struct timespec& modified = st.st_mtim;
+#endif
+    return std::to_string(st.st_dev) + ":" + std::to_string(st.st_ino) + ":" +
+           std::to_string(st.st_size) + ":" + std::to_string(modified.tv_sec) + "." +
+           std::to_string(modified.tv_nsec);
+}
+
 bool tv_file_compare(const std::string& a, const std::string& b)
 {
     const char* cannot = "tv_file_compare: Could not open %s for reading.";

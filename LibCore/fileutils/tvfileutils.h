@@ -33,6 +33,12 @@ bool tv_dir_writable(const std::string& name);
 // The modification time to the microsecond, in the default zone; the
 // invalid date when there is nothing at name. Directories have one too.
 TVDate tv_file_modified(const std::string& name);
+// What tells one version of a file from the next, as text: its device and
+// inode (a file replaced whole by a rename is a new inode), size and
+// modification time to the nanosecond. Two writes within one tick of the
+// file system's clock share a time, so the time alone can miss the second.
+// Empty when the file is missing.
+std::string tv_file_version(const std::string& name);
 
 // True if both hold the same bytes. A file that can't be opened is the error
 // TVErrC_FileOpen "tv_file_compare: Could not open %s for reading." (false

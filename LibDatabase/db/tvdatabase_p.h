@@ -75,6 +75,10 @@ struct TVDatabase::TVDatabaseImpl {
     TVDate m_latestWrite;
     // 0 after a load, 1 while a pull pass found nothing, 2 replaced, 3 merged.
     int m_syncState = 0;
+    // The update counter when the links last got all of this database (a
+    // stamped save, a replace, a load): what changed since, merged data
+    // included, a peer may not hold.
+    long m_linkWrite = 0;
 
     TVCondVar m_recalcSignal;
     TVMutex m_completeLock;

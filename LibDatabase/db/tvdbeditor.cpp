@@ -240,12 +240,20 @@ int TVDBEditor::change_id(TVDBObject& object, int new_id)
         return tvwarning(TVErrC_Assert, TVLOCATION, "Assertion Failed: extObj != nullptr");
     d->m_map.erase(it);
     // The create id keeps the first id: with the create time it names the
-    // object in every copy of the database.
+    // object in every copy of the database. A new number is only where the
+    // object sits here, no change of it or of those that refer to it: their
+    // modify times stay, or a copy renumbered on one device would win over
+    // a real change made on another. The update stamp still ticks, so that
+    // the next write takes them.
+    const TVDate modified = object.get_modify_time();
     object.set_id(new_id, object.get_create_time(), false);
-    object.mark_update();
+    object.set_modify_time(modified);
     d->m_map[new_id] = &object;
-    for (TVDBObject* other : d->m_objects)
+    for (TVDBObject* other : d->m_objects) {
+        const TVDate before = other->get_modify_time();
         other->remap_id(oldId, new_id);
+        other->set_modify_time(before);
+    }
     return TVErrC_ok;
 }
 

@@ -118,6 +118,7 @@ int TVDBLoader::load_steps(const std::string& file, bool read_only, bool create_
         // main file behind.
         if (!d->m_partialAhead)
             d->m_lastFullWrite = m_db.get_counter(true);
+        d->m_linkWrite = d->m_lastFullWrite;
         // What was loaded is what the files hold: nothing of it is due to
         // the partial file. Otherwise the first write (the one before an
         // undo or redo replays) appends the database record as loaded to
@@ -224,6 +225,12 @@ int TVDBLoader::load_base()
 {
     try {
         TV_PASS_ON(TVDBSaver(m_db).save_partial(""));
+        // The links and what was written to them are no part of what the
+        // user undoes: the base knows neither a link made since nor the
+        // writes since, and the next pull would judge by them.
+        const TVPtrArray<TVExternalDB> links(d->m_external);
+        const TVDate writeTime = d->m_writeTime;
+        const std::string writeHost = d->m_writeHost;
         std::map<int, long> counters;
         for (const TVDBObject* object : d->m_objects)
             counters[object->get_id()] = object->get_last_update();
@@ -234,6 +241,9 @@ int TVDBLoader::load_base()
         TV_PASS_ON(load_file(file));
         d->m_isLoaded = true;
         TV_PASS_ON(load_partial(false));
+        d->m_external = links;
+        d->m_writeTime = writeTime;
+        d->m_writeHost = writeHost;
         // Objects the replay left as they were look unchanged to the views.
         for (TVDBObject* object : d->m_objects) {
             const auto it = counters.find(object->get_id());

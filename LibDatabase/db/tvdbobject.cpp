@@ -579,6 +579,12 @@ void TVDBObject::mark_changed(const std::string& location, bool now)
     mark_update();
 }
 
+void TVDBObject::set_modify_time(const TVDate& time)
+{
+    d->m_modifyTime = time;
+    mark_update();
+}
+
 void TVDBObject::set_state(char state)
 {
     if (state == d->m_state)

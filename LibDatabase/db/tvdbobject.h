@@ -172,6 +172,10 @@ public:
     // otherwise it moves on one second (a scripted series stays in order
     // without jumping to the present); then the update counter ticks.
     void mark_changed(const std::string& location, bool now);
+    // Puts the modify time back after bookkeeping that is no change of the
+    // object (a new number for it or for an object it refers to); the
+    // update counter ticks, so that the next write takes the object.
+    void set_modify_time(const TVDate& time);
     void set_state(char state);
     // 'D', 'E' or 'L' as stored; anything else reads as 'N'.
     char get_obj_state() const;

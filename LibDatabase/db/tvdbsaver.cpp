@@ -120,8 +120,10 @@ int TVDBSaver::save(bool mark_write, bool manual, bool verify_file)
         m_db.mark_partial_written();
         d->m_lastFullWrite = d->m_lastPartialWrite;
         d->m_partialAhead = false;
-        if (mark_write)
+        if (mark_write) {
+            d->m_linkWrite = d->m_lastFullWrite;
             TV_PASS_ON(m_db.push_all(manual, false));
+        }
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

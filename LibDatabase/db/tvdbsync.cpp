@@ -10,7 +10,9 @@
 #include "LibDatabase/db/tvexternaldb.h"
 #include "LibObject/object/tvtrail.h"
 
+#include <map>
 #include <memory>
+#include <utility>
 
 namespace {
 constexpr const char* C_SyncingStatus = "Syncing...";
@@ -186,9 +188,14 @@ int TVDBSync::pull(TVExternalDB& link, bool can_replace, std::string& details)
                 replace = true;
             }
         }
-        // Anything of ours the peer may lack rules a replace out.
+        // Anything of ours the peer may lack rules a replace out: changes
+        // since the last full write; a later write; anything changed or
+        // merged in since the links last got all of this database; and,
+        // over restarts, any object changed since we last wrote to the link
+        // or took its whole file.
         if (m_db.db_has_changed_since(d->m_lastFullWrite) ||
-            (d->m_latestWrite.is_ok() && !(d->m_latestWrite < them.m_writeTime))) {
+            (d->m_latestWrite.is_ok() && !(d->m_latestWrite < them.m_writeTime)) ||
+            (replace && holds_unwritten(link))) {
             log("Another DB was written more recently at " + when(d->m_latestWrite) +
                 " so merging.");
             replace = false;
@@ -206,6 +213,7 @@ int TVDBSync::pull(TVExternalDB& link, bool can_replace, std::string& details)
             }
             d->m_syncState = 2;
             TV_PASS_ON(m_db.pull_complete());
+            d->m_linkWrite = d->m_lastFullWrite;
             return TVErrC_okFileChanged;
         }
         TV_PASS_ON(merge(*other, details));
@@ -220,6 +228,26 @@ int TVDBSync::pull(TVExternalDB& link, bool can_replace, std::string& details)
     }
 }
 
+bool TVDBSync::holds_unwritten(const TVExternalDB& link) const
+{
+    // Changed or merged in since the links last got all of this database.
+    for (const TVDBObject* object : d->m_objects)
+        if (object->has_changed_since(d->m_linkWrite))
+            return true;
+    TVDate since = link.get_lastpushtime();
+    if (link.get_lastreptime().is_ok() && (!since.is_ok() || since < link.get_lastreptime()))
+        since = link.get_lastreptime();
+    const auto later = [&since](const TVDBObject& object) {
+        return !since.is_ok() || since < object.get_modify_time();
+    };
+    if (since.is_ok() && later(m_db))
+        return true;
+    for (const TVDBObject* object : d->m_objects)
+        if (later(*object))
+            return true;
+    return false;
+}
+
 int TVDBSync::merge(const TVDatabase& other, std::string& details)
 {
     try {
@@ -231,38 +259,35 @@ int TVDBSync::merge(const TVDatabase& other, std::string& details)
         int added = 0;
         int updated = 0;
         int collisions = 0;
+        // Which object an object is, on every device: its create id and
+        // create time. Its id is only where it sits in one copy.
+        using Identity = std::pair<int, std::string>;
+        const auto identity = [](const TVDBObject& object) {
+            return Identity(object.get_create_id(), object.get_create_time().to_string("%Y%j%H%M%S%U"));
+        };
+        std::map<Identity, TVDBObject*> byIdentity; // made at the first need
         for (const TVDBObject* theirs : them.m_objects) {
             TVDBObject* local = m_db.get_object_by_id(theirs->get_id());
-            if (local == nullptr) {
-                ++added;
-                TV_PASS_ON(m_db.clone_external_object(*theirs, them.m_uniqueId));
-                continue;
-            }
-            if (local->get_create_id() != theirs->get_create_id()) {
-                // One id given to two objects on two devices: ours may have
-                // been renumbered here before.
-                local = nullptr;
-                for (TVDBObject* mine : d->m_objects)
-                    if (mine->get_create_id() == theirs->get_create_id() &&
-                        mine->get_create_time() == theirs->get_create_time()) {
-                        local = mine;
-                        break;
-                    }
-                if (local == nullptr) {
-                    ++collisions;
+            if (local == nullptr || identity(*local) != identity(*theirs)) {
+                // Not at the same id here: ours may have been renumbered
+                // before, when two devices gave one id to two objects.
+                if (byIdentity.empty())
+                    for (TVDBObject* mine : d->m_objects)
+                        byIdentity.emplace(identity(*mine), mine);
+                const auto found = byIdentity.find(identity(*theirs));
+                if (found == byIdentity.end()) {
+                    if (local == nullptr)
+                        ++added;
+                    else
+                        ++collisions;
                     TV_PASS_ON(m_db.clone_external_object(*theirs, them.m_uniqueId));
+                    byIdentity.clear();
                     continue;
                 }
-            }
-            if (local->get_modify_time() == theirs->get_modify_time())
-                continue;
-            if (local->get_create_time() != theirs->get_create_time()) {
-                ++collisions;
-                TV_PASS_ON(m_db.clone_external_object(*theirs, them.m_uniqueId));
-                continue;
+                local = found->second;
             }
             if (!(local->get_modify_time() < theirs->get_modify_time()))
-                continue; // ours is the later: it stands
+                continue; // the same version, or ours is the later: it stands
             std::string text;
             TV_PASS_ON(theirs->object_to_string(text, d->m_appFileVersion));
             TVObject* made = nullptr;
@@ -273,11 +298,16 @@ int TVDBSync::merge(const TVDatabase& other, std::string& details)
             if (object == nullptr || at < 0)
                 continue;
             copy.release();
+            // Renumbered here: the new version takes our number for it.
+            if (object->get_id() != local->get_id())
+                object->set_id(local->get_id(), object->get_create_time(), false);
             // The old version may still be held by a window: it is kept
             // until the objects are next dropped.
             d->m_retired.add(d->m_objects.remove(at));
             TV_PASS_ON(d->m_objects.insert(at, object));
             d->m_map[object->get_id()] = object;
+            if (!byIdentity.empty())
+                byIdentity[identity(*object)] = object;
             object->mark_update();
             d->m_journal.invalidate();
             ++updated;

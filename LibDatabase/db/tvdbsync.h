@@ -48,6 +48,10 @@ public:
 private:
     // Takes other's objects in: new ones, later versions, collisions.
     [[nodiscard]] int merge(const TVDatabase& other, std::string& details);
+    // Some object here changed or came in since the links last got all of
+    // this database, or, over restarts, changed after we last wrote to the
+    // link or took its whole file (any object, when we did neither).
+    bool holds_unwritten(const TVExternalDB& link) const;
     void log(const std::string& text) const;
 
     TVDatabase& m_db;
