@@ -1,7 +1,7 @@
 #include "AppTarvelloMaths/maths/go.h"
 
 #include "AppTarvelloMaths/maths/question.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvtrail.h"

@@ -2,7 +2,7 @@
 
 #include "LibCore/fileutils/tvdirectory.h"
 #include "LibCore/fileutils/tvfileutils.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibGui/base/tvnotifyitem.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvaluevector.h"

@@ -8,7 +8,7 @@
 #include "LibGui/qt/tvhelpqt.h"
 #include "LibGui/qt/tvmessageboxqt.h"
 #include "LibGui/qt/tvwidgetmgrqt.h"
-#include "LibObject/object/tvid.h"
+#include "LibObject/core/tvid.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>

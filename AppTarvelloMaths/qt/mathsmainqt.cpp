@@ -8,7 +8,7 @@
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibCore/log/tvdump.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibGui/base/tvnotifyitem.h"
 #include "LibGui/base/tvnotifyscheme.h"
 #include "LibGui/qt/tvapppageqt.h"

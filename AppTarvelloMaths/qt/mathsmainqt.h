@@ -18,7 +18,7 @@
 // belongs to the application (see TVDBManagerQt). Main thread only.
 
 #include "LibDatabase/qt/tvdbmanagerqt.h"
-#include "LibObject/object/tvidlist.h"
+#include "LibObject/core/tvidlist.h"
 
 #include <QIcon>
 

@@ -13,7 +13,7 @@
 #include "LibCore/error/tverrhandlerptr.h"
 #include "LibCore/error/tverrhandlerstream.h"
 #include "LibCore/tests/tvfiletest.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvlocale.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include "LibCore/error/tverror.h"
 #include "LibCore/tests/tvfiletest.h"
 #include "LibCore/tests/tvtestclock.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvlocale.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include <atomic>
 
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 
 class TestClock
 {

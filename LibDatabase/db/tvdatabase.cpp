@@ -9,7 +9,7 @@
 #include "LibDatabase/db/tvdbhost.h"
 #include "LibDatabase/db/tvdbwritefile.h"
 #include "LibDatabase/db/tvresolvecontainers.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvserialform.h"
 #include "LibObject/object/tvserialisationentry.h"

@@ -37,7 +37,7 @@
 #include "LibComms/thread/tvthread.h"
 #include "LibDatabase/db/tvdbindex.h"
 #include "LibDatabase/db/tvdbobject.h"
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 #include <iosfwd>
 #include <map>

@@ -9,7 +9,7 @@
 #include "LibDatabase/qt/tvdbimportqt.h"
 #include "LibDatabase/qt/tvdbloadqt.h"
 #include "LibDatabase/qt/tvdbunloadqt.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibGui/base/tvnotifylist.h"
 #include "LibGui/base/tvnotifyscheme.h"
 #include "LibGui/qt/tvapplicationqt.h"

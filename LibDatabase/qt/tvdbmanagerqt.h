@@ -24,11 +24,11 @@
 // is listed with it and belongs to it. Main thread only.
 
 #include "LibDatabase/db/tvdbmanager.h"
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 #include "LibGui/qt/tvmainwindowqt.h"
 #include "LibGui/qt/tvslotqt.h"
-#include "LibObject/object/tvid.h"
-#include "LibObject/object/tvidlist.h"
+#include "LibObject/core/tvid.h"
+#include "LibObject/core/tvidlist.h"
 
 #include <QPoint>
 

@@ -4,8 +4,8 @@
 #include "AppTarvelloMaths/maths/go.h"
 #include "AppTarvelloMaths/maths/mathsdb.h"
 #include "AppTarvelloMaths/maths/session.h"
-#include "LibDate/date/tvlocale.h"
-#include "LibObject/object/tvid.h"
+#include "LibDate/core/tvlocale.h"
+#include "LibObject/core/tvid.h"
 
 #include <algorithm>
 #include <cstdio>

@@ -7,7 +7,7 @@
 
 #include "AppTarvelloMaths/maths/tests/mathstest.h"
 #include "LibCore/fileutils/tvfileutils.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibGui/base/tvnotifyitem.h"
 
 #include <gtest/gtest.h>

@@ -7,7 +7,7 @@
 #include <ctime>
 
 #include "LibDate/date/fuzz/tvdatefuzzcheck.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "LibDate/date/tests/tvdateexptest.h"
-#include "LibDate/date/tvdatedetails.h"
+#include "LibDate/core/tvdatedetails.h"
 
 namespace {
 

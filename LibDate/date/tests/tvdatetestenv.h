@@ -11,9 +11,9 @@
 #include <ctime>
 #include <string>
 
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvdateutils.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdateutils.h"
+#include "LibDate/core/tvlocale.h"
 
 struct TVZoneScenario
 {

@@ -7,7 +7,7 @@
 
 #include "LibCore/tests/tvparamtest.h"
 #include "LibCore/tests/tvtestclock.h"
-#include "LibDate/date/tvduration.h"
+#include "LibDate/core/tvduration.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 
 #include "LibCore/tests/tvparamtest.h"
 #include "LibGui/base/tvnotifylist.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvlocale.h"
 #include "LibGui/qt/tvlocaleqt.h"
 #include "LibGui/qt/tvnotifysettingsqt.h"
 #include "LibGui/qt/tvsettingsformqt.h"

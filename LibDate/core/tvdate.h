@@ -32,8 +32,8 @@
 #include <iosfwd>
 #include <string>
 
-#include "LibDate/date/tvduration.h"
-#include "LibObject/object/tvid.h"
+#include "LibDate/core/tvduration.h"
+#include "LibObject/core/tvid.h"
 
 class TVRepeatConfig;
 
@@ -180,6 +180,6 @@ void tv_date_append(std::string& out, const TVDate& date);
 bool tv_date_from_digits(const std::string& text, TVDate& date);
 
 // Older code reached the helpers through this header alone.
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 
 #endif // TVDATE_H

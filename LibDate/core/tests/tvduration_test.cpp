@@ -1,4 +1,4 @@
-#include "LibDate/date/tvduration.h"
+#include "LibDate/core/tvduration.h"
 
 #include <gtest/gtest.h>
 

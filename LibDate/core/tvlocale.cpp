@@ -1,4 +1,4 @@
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvlocale.h"
 
 #include <cctype>
 #include <cmath>
@@ -10,8 +10,8 @@
 #include "LibCore/error/tverror.h"
 #include "LibCore/param/tvparam.h"
 #include "LibCore/textstr/tvtextstr.h"
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdateutils.h"
 
 const TVDayFormatOption TVLocale::C_Option[TVLocale::C_OptionCount] = {
     {"dd/mm/yy", "%d/%m/%y", "%d/%m", E_DayFirst},

@@ -22,8 +22,8 @@
 #include <string>
 #include <vector>
 
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvduration.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvduration.h"
 
 class TVDateSlot
 {

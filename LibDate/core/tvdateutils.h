@@ -16,10 +16,10 @@
 #include <string>
 #include <vector>
 
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvduration.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvduration.h"
 
-class TVDateSlot; // LibDate/date/tvdateslot.h, which includes this header
+class TVDateSlot; // LibDate/core/tvdateslot.h, which includes this header
 class TVRepeatConfig;
 
 class TVDateUtils

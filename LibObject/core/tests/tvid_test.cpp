@@ -1,4 +1,4 @@
-#include "LibObject/object/tvid.h"
+#include "LibObject/core/tvid.h"
 
 #include <gtest/gtest.h>
 

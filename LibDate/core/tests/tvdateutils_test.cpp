@@ -1,4 +1,4 @@
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 
 #include <gtest/gtest.h>
 

@@ -9,7 +9,7 @@
 // index_of() and == are exact. Reading past the end gives the empty id, or
 // -1 for the single parts; nothing here reports an error. A plain value.
 
-#include "LibObject/object/tvid.h"
+#include "LibObject/core/tvid.h"
 
 #include <iosfwd>
 #include <vector>

@@ -1,11 +1,11 @@
-#include "LibDate/date/tvdatedetails.h"
+#include "LibDate/core/tvdatedetails.h"
 
 #include <ostream>
 
 #include "LibCore/textstr/tvtextstr.h"
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvdateutils.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdateutils.h"
+#include "LibDate/core/tvlocale.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "LibDate/date/tvdateslot.h"
+#include "LibDate/core/tvdateslot.h"
 
 #include <gtest/gtest.h>
 

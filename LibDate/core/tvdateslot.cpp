@@ -1,12 +1,12 @@
-#include "LibDate/date/tvdateslot.h"
+#include "LibDate/core/tvdateslot.h"
 
 #include <cstdlib>
 #include <istream>
 #include <ostream>
 #include <utility>
 
-#include "LibDate/date/tvdatedetails.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdatedetails.h"
+#include "LibDate/core/tvdateutils.h"
 
 const TVDateSlot TVDateSlot::C_Blank(TVDate::E_DateBlank);
 

@@ -1,4 +1,4 @@
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "LibDate/date/tests/tvdatetestenv.h"
-#include "LibDate/date/tvdatedetails.h"
+#include "LibDate/core/tvdatedetails.h"
 
 namespace {
 

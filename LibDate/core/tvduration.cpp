@@ -1,4 +1,4 @@
-#include "LibDate/date/tvduration.h"
+#include "LibDate/core/tvduration.h"
 
 #include <cctype>
 #include <cmath>
@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "LibCore/textstr/tvtextstr.h"
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvdateutils.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdateutils.h"
+#include "LibDate/core/tvlocale.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "LibObject/object/tvid.h"
+#include "LibObject/core/tvid.h"
 
 #include "LibCore/textstr/tvtextstr.h"
 #include "LibCore/log/tvdump.h"

@@ -1,4 +1,4 @@
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvlocale.h"
 
 #include <gtest/gtest.h>
 

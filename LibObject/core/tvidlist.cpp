@@ -1,4 +1,4 @@
-#include "LibObject/object/tvidlist.h"
+#include "LibObject/core/tvidlist.h"
 #include "LibCore/log/tvdump.h"
 
 #include <algorithm>

@@ -1,4 +1,4 @@
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 
 #include <cctype>
 #include <chrono>
@@ -7,9 +7,9 @@
 #include <mutex>
 
 #include "LibCore/textstr/tvtextstr.h"
-#include "LibDate/date/tvdatedetails.h"
-#include "LibDate/date/tvdateslot.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvdatedetails.h"
+#include "LibDate/core/tvdateslot.h"
+#include "LibDate/core/tvlocale.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 #include <algorithm>
 #include <cctype>
@@ -9,9 +9,9 @@
 #include <ostream>
 
 #include "LibCore/textstr/tvtextstr.h"
-#include "LibDate/date/tvdatedetails.h"
-#include "LibDate/date/tvdateutils.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvdatedetails.h"
+#include "LibDate/core/tvdateutils.h"
+#include "LibDate/core/tvlocale.h"
 
 const TVDate TVDate::C_Blank(TVDate::E_DateBlank);
 

@@ -1,4 +1,4 @@
-#include "LibDate/date/tvdatedetails.h"
+#include "LibDate/core/tvdatedetails.h"
 
 #include <gtest/gtest.h>
 
