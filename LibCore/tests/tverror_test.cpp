@@ -12,7 +12,7 @@
 #include "LibCore/error/tverrhandlerlogfile.h"
 #include "LibCore/error/tverrhandlerptr.h"
 #include "LibCore/error/tverrhandlerstream.h"
-#include "LibCore/tests/tvfiletest.h"
+#include "TestSupport/tvfiletest.h"
 #include "LibDate/core/tvlocale.h"
 
 namespace {

@@ -12,8 +12,8 @@
 
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/error/tverror.h"
-#include "LibCore/tests/tvfiletest.h"
-#include "LibCore/tests/tvtestclock.h"
+#include "TestSupport/tvfiletest.h"
+#include "TestSupport/tvtestclock.h"
 #include "LibDate/core/tvlocale.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include "LibDatabase/db/tests/tvdbcrashscript.h"
 
 #include "LibCore/error/tverror.h"
-#include "LibDatabase/db/tests/tvdbtestnode.h"
+#include "TestSupport/tvdbtestnode.h"
 #include "LibDatabase/db/tvdatabase.h"
 
 #include <cstdlib>

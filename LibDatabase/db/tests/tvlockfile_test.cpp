@@ -3,7 +3,7 @@
 
 #include "LibDatabase/db/tvlockfile.h"
 
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvraise.h"
 #include "LibDatabase/db/tvcachename.h"
 
 #include <gtest/gtest.h>

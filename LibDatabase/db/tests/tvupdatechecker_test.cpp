@@ -3,8 +3,8 @@
 
 #include "LibDatabase/db/tvupdatechecker.h"
 
-#include "LibCore/tests/tvtestclock.h"
-#include "LibDatabase/db/tests/tvdbtestnode.h"
+#include "TestSupport/tvtestclock.h"
+#include "TestSupport/tvdbtestnode.h"
 #include "LibDatabase/db/tvdbhost.h"
 
 #include <gtest/gtest.h>

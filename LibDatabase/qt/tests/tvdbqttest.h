@@ -9,8 +9,8 @@
 
 #include "AppTarvelloMaths/maths/mathsdb.h"
 #include "LibCore/application/tvapplication.h"
-#include "LibCore/tests/tvraise.h"
-#include "LibCore/tests/tvtestclock.h"
+#include "TestSupport/tvraise.h"
+#include "TestSupport/tvtestclock.h"
 
 #include <gtest/gtest.h>
 

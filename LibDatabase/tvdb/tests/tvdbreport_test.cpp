@@ -8,8 +8,8 @@
 #include "AppTarvelloMaths/maths/go.h"
 #include "AppTarvelloMaths/maths/question.h"
 #include "LibCore/application/tvapplication.h"
-#include "LibCore/tests/tvraise.h"
-#include "LibCore/tests/tvtestclock.h"
+#include "TestSupport/tvraise.h"
+#include "TestSupport/tvtestclock.h"
 #include "LibDatabase/tvdb/tests/tvdbrun.h"
 
 #include <QCryptographicHash>

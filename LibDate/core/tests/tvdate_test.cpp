@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "LibDate/date/tests/tvdatetestenv.h"
+#include "TestSupport/tvdatetestenv.h"
 #include "LibDate/core/tvdatedetails.h"
 
 namespace {

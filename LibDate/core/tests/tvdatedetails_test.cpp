@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "LibDate/date/tests/tvdatetestenv.h"
+#include "TestSupport/tvdatetestenv.h"
 
 namespace {
 

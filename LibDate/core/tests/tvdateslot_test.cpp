@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "LibDate/date/tests/tvdatetestenv.h"
+#include "TestSupport/tvdatetestenv.h"
 
 class TVDateSlotTest : public TVDateTest
 {

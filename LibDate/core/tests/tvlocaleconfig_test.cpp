@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "LibCore/fileutils/tvfileutils.h"
-#include "LibCore/tests/tvparamtest.h"
+#include "TestSupport/tvparamtest.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <sstream>
 #include <string>
 
-#include "LibDate/date/tests/tvdatetestenv.h"
+#include "TestSupport/tvdatetestenv.h"
 #include "LibDate/date/tvdateexp.h"
 #include "LibDate/date/tvdateparser.h"
 

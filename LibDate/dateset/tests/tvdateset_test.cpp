@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "LibCore/error/tverror.h"
-#include "LibDate/date/tests/tvdatetestenv.h"
+#include "TestSupport/tvdatetestenv.h"
 
 class TVDateSetTest : public TVDateTest
 {

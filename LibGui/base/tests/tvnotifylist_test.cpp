@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "LibCore/tests/tvparamtest.h"
-#include "LibCore/tests/tvtestclock.h"
+#include "TestSupport/tvparamtest.h"
+#include "TestSupport/tvtestclock.h"
 #include "LibDate/core/tvduration.h"
 
 namespace {

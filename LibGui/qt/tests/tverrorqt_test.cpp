@@ -5,7 +5,7 @@
 #include <QLabel>
 
 #include "LibCore/error/tverror.h"
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvraise.h"
 #include "LibGui/qt/tvmessageboxscript.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <QLabel>
 #include <QTextDocument>
 
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvraise.h"
 #include "LibGui/qt/tvguideqt.h"
 #include "LibGui/qt/tvmainwindowqt.h"
 

@@ -8,7 +8,7 @@
 #include <QWidget>
 #include <cmath>
 
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvraise.h"
 #include "LibGui/qt/tvgraphicssceneqt.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include <QTextEdit>
 #include <QTimer>
 
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvraise.h"
 #include "LibCore/error/tverror.h"
 #include "LibGui/base/tvmessagebox.h"
 #include "LibGui/qt/tverrorqt.h"

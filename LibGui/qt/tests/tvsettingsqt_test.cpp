@@ -11,7 +11,7 @@
 #include <QStackedWidget>
 #include <QTest>
 
-#include "LibCore/tests/tvparamtest.h"
+#include "TestSupport/tvparamtest.h"
 #include "LibGui/base/tvnotifylist.h"
 #include "LibDate/core/tvlocale.h"
 #include "LibGui/qt/tvlocaleqt.h"

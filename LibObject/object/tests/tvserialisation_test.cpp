@@ -3,7 +3,7 @@
 
 #include "LibObject/object/tvobject.h"
 
-#include "LibObject/object/tests/tvobjecttest.h"
+#include "TestSupport/tvobjecttest.h"
 #include "LibObject/object/tests/tvtestitem.h"
 
 #include <gtest/gtest.h>

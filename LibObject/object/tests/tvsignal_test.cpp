@@ -1,6 +1,6 @@
 #include "LibObject/object/tvconnectiondata.h"
 
-#include "LibObject/object/tests/tvobjecttest.h"
+#include "TestSupport/tvobjecttest.h"
 #include "LibObject/object/tvsignalint.h"
 #include "LibObject/object/tvsignalobject.h"
 #include "LibObject/object/tvsignalvoid.h"

@@ -1,4 +1,4 @@
-#include "LibDatabase/db/tests/tvdbfiletest.h"
+#include "TestSupport/tvdbfiletest.h"
 
 #include <QtGlobal>
 

@@ -1,4 +1,4 @@
-#include "LibDatabase/db/tests/tvdbtestnode.h"
+#include "TestSupport/tvdbtestnode.h"
 
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvtrail.h"

@@ -22,7 +22,7 @@
 #include "LibCore/param/tvparamoption.h"
 #include "LibCore/param/tvparamvalue.h"
 #include "LibCore/param/tvparamvaluegroup.h"
-#include "LibCore/tests/tvfiletest.h"
+#include "TestSupport/tvfiletest.h"
 
 // What drill's declarations fill.
 struct DrillVars {

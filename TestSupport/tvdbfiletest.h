@@ -6,10 +6,10 @@
 // inside it too), operations that name what they add, a reopen as after a
 // restart, and the text of every error a call left behind.
 
-#include "LibCore/tests/tvraise.h"
-#include "LibCore/tests/tvtestclock.h"
-#include "LibDatabase/db/tests/tvdbtestnode.h"
 #include "LibDatabase/db/tvdatabase.h"
+#include "TestSupport/tvdbtestnode.h"
+#include "TestSupport/tvraise.h"
+#include "TestSupport/tvtestclock.h"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 // Fixture verbs for the object model's tests: write an object to text,
 // read text into a new object, and look at the warning a call left behind.
 
-#include "LibCore/tests/tvraise.h"
 #include "LibObject/object/tvobject.h"
+#include "TestSupport/tvraise.h"
 
 #include <gtest/gtest.h>
 

@@ -18,7 +18,7 @@
 #include <vector>
 
 #include "LibCore/error/tverror.h"
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvraise.h"
 
 // The lines of a text file without their line ends; none if it can't be read.
 inline std::vector<std::string> tv_read_lines(const std::string& path)
