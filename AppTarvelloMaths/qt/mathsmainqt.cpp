@@ -22,6 +22,7 @@
 #include "LibGui/qt/tvnotifylistqt.h"
 #include "LibGui/qt/tvnotifysettingsqt.h"
 #include "LibGui/qt/tvsettingsqt.h"
+#include "LibGui/qt/tvslotcall.h"
 #include "LibGui/qt/tvtreewidgetqt.h"
 
 #include <QAction>
@@ -44,6 +45,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <ostream>
+
+using tvslotcall::call;
+using tvslotcall::stopped;
 
 namespace {
 
@@ -83,17 +87,6 @@ const char* const C_AgainStyle =
     " padding: 3px 2px; }"
     "QPushButton:hover { background-color: #3a8ae0; }"
     "QPushButton:pressed { background-color: #245f9c; }";
-
-// A fallible call as a value, whatever the error action.
-template <class F>
-int call(F&& f)
-{
-    try {
-        return f();
-    } catch (const TVErrDetails&) {
-        return tverrorvalue();
-    }
-}
 
 std::string seconds_text(const TVDuration& duration)
 {
@@ -854,7 +847,3 @@ void MathsMainQt::quit_selected()
     stopped(call([&] { return user_quit(false); }));
 }
 
-bool MathsMainQt::stopped(int value)
-{
-    return tvhandle_error(value, TVSevWarning) > 1;
-}

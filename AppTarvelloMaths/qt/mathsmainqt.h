@@ -176,8 +176,6 @@ private:
     // that kind) closes.
     void follow_dialog(QWidget* dialog);
     void add_row(const Go& go, const Exercise& exercise);
-    // tvhandle_error at severity 2; true when the chain should stop.
-    static bool stopped(int value);
 
     MathsDB& m_mathsDB;
     // The selected rows' Go ids, kept across redraws.

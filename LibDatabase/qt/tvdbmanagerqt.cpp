@@ -16,6 +16,7 @@
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibGui/qt/tvmessageboxqt.h"
 #include "LibGui/qt/tvnotifylistqt.h"
+#include "LibGui/qt/tvslotcall.h"
 
 #include <QAction>
 #include <QApplication>
@@ -26,7 +27,8 @@
 
 #include <algorithm>
 
-using tvdbflow::call;
+using tvslotcall::call;
+using tvslotcall::stopped;
 using tvdbflow::label;
 
 struct TVDBManagerQt::TVDBManagerQtImpl
@@ -835,9 +837,4 @@ bool TVDBManagerQt::takes_url() const
 
 void TVDBManagerQt::url_called(const std::string&, const std::string&, const TVTagValue&)
 {
-}
-
-bool TVDBManagerQt::stopped(int value)
-{
-    return tvhandle_error(value, TVSevWarning) > 1;
 }

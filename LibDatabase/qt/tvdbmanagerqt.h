@@ -201,8 +201,6 @@ private:
     [[nodiscard]] int rebuild_notify();
     void start_timers();
     void stop_timers();
-    // tvhandle_error at severity 2; true when the user chose to stop.
-    static bool stopped(int value);
 
     std::unique_ptr<TVDBManagerQtImpl> d;
     bool m_multiWindow = true;
