@@ -606,9 +606,21 @@ void MathsMainQt::exercises_set()
 
 int MathsMainQt::generate_notify(TVNotifyList& list)
 {
-    for (const TVNotifyItem& item : m_mathsDB.reminder_notifications())
+    for (const TVNotifyItem& item : reminder_notifications(m_mathsDB))
         list.add(item);
     return TVErrC_ok;
+}
+
+std::vector<TVNotifyItem> MathsMainQt::reminder_notifications(const MathsDB& db)
+{
+    std::vector<TVNotifyItem> items;
+    const TVId id(C_NotifySession, -1, -1);
+    for (const MathsDB::Reminder& reminder : db.due_reminders()) {
+        const std::string text = "Reminder: " + reminder.m_time.to_string("%t") + " Maths Session";
+        const TVDate schedule = reminder.m_late ? TVDate(TVDate::E_DateBlank) : reminder.m_time;
+        items.emplace_back(text, id, C_NotifySession, C_NotifyPriority, schedule);
+    }
+    return items;
 }
 
 int MathsMainQt::select_notify(const TVIdList&)
