@@ -4,10 +4,10 @@
 #include <ostream>
 
 #include "LibDate/core/tvdate.h"
-#include "LibDate/date/tvdateexp.h"
-#include "LibDate/date/tvdateparser.h"
 #include "LibDate/core/tvdateutils.h"
 #include "LibDate/core/tvlocale.h"
+#include "LibDate/date/tvdateexp.h"
+#include "LibDate/date/tvdateparser.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include "AppTarvelloMaths/maths/go.h"
 #include "AppTarvelloMaths/maths/question.h"
 #include "LibCore/application/tvapplication.h"
+#include "TestSupport/tvdbrun.h"
 #include "TestSupport/tvraise.h"
 #include "TestSupport/tvtestclock.h"
-#include "LibDatabase/tvdb/tests/tvdbrun.h"
 
 #include <QCryptographicHash>
 #include <QDateTime>
@@ -28,7 +28,7 @@ namespace {
 
 constexpr long C_Day = 86400;
 
-class TVDBReportTest : public TVQuietErrorTest
+class MathsReportTest : public TVQuietErrorTest
 {
 protected:
     void SetUp() override
@@ -144,7 +144,7 @@ protected:
     std::unique_ptr<MathsDB> m_db;
 };
 
-TEST_F(TVDBReportTest, ReportShowsEachExerciseAndTheSession)
+TEST_F(MathsReportTest, ReportShowsEachExerciseAndTheSession)
 {
     write_progress();
     const auto before = snapshot();
@@ -168,7 +168,7 @@ TEST_F(TVDBReportTest, ReportShowsEachExerciseAndTheSession)
     EXPECT_EQ(before, snapshot());
 }
 
-TEST_F(TVDBReportTest, CheckOpensAMathsFileWithoutOptions)
+TEST_F(MathsReportTest, CheckOpensAMathsFileWithoutOptions)
 {
     write_progress();
     TVDBRun run = run_tvdb({"check", m_file});
@@ -179,7 +179,7 @@ TEST_F(TVDBReportTest, CheckOpensAMathsFileWithoutOptions)
     EXPECT_EQ("", run.m_err);
 }
 
-TEST_F(TVDBReportTest, FilesItCantReportOnFailWithTheirName)
+TEST_F(MathsReportTest, FilesItCantReportOnFailWithTheirName)
 {
     struct Row
     {

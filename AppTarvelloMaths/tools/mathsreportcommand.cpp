@@ -1,4 +1,4 @@
-#include "LibDatabase/tvdb/tvdbreportcommand.h"
+#include "AppTarvelloMaths/tools/mathsreportcommand.h"
 
 #include "AppTarvelloMaths/maths/exercise.h"
 #include "AppTarvelloMaths/maths/go.h"
@@ -155,7 +155,7 @@ void print_session(const MathsDB& db, std::ostream& out)
 
 } // namespace
 
-void TVDBReportCommand::usage(std::ostream& out) const
+void MathsReportCommand::usage(std::ostream& out) const
 {
     out << "Usage: tvdb report [--app NAME] FILE\n"
            "\n"
@@ -171,7 +171,7 @@ void TVDBReportCommand::usage(std::ostream& out) const
            "2 a wrong command line.\n";
 }
 
-int TVDBReportCommand::run_loaded(TVDatabase& db, const std::vector<std::string>& /*extra*/,
+int MathsReportCommand::run_loaded(TVDatabase& db, const std::vector<std::string>& /*extra*/,
                                   std::ostream& out, std::ostream& err)
 {
     const auto* maths = dynamic_cast<const MathsDB*>(&db);

@@ -1,11 +1,27 @@
-#include "LibDatabase/tvdb/tests/tvdbrun.h"
+#ifndef TVDBRUN_H
+#define TVDBRUN_H
+
+// Runs a built tvdb as a user would, through QProcess, with TZ=UTC0 and
+// the rest of this process's environment. Which tvdb is the test
+// program's choice: it defines TV_TVDB_PATH (the framework's own for the
+// framework's tests, the program's for the program's).
 
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QString>
 #include <QStringList>
 
-TVDBRun run_tvdb(const std::vector<std::string>& args)
+#include <string>
+#include <vector>
+
+struct TVDBRun
+{
+    int m_exitCode = -1; // -1: didn't finish within 30 s, or crashed
+    std::string m_out;
+    std::string m_err;
+};
+
+inline TVDBRun run_tvdb(const std::vector<std::string>& args)
 {
     QStringList arguments;
     for (const std::string& arg : args)
@@ -24,3 +40,5 @@ TVDBRun run_tvdb(const std::vector<std::string>& args)
     result.m_err = process.readAllStandardError().toStdString();
     return result;
 }
+
+#endif // TVDBRUN_H

@@ -1,7 +1,7 @@
-#ifndef TVDBREPORTCOMMAND_H
-#define TVDBREPORTCOMMAND_H
+#ifndef MATHSREPORTCOMMAND_H
+#define MATHSREPORTCOMMAND_H
 
-// TVDBReportCommand: "tvdb report FILE": a maths file's progress as a
+// MathsReportCommand: "tvdb report FILE": a maths file's progress as a
 // parent reads it. A table of the exercises, active ones first and each
 // group in file order: name, type, whether active, finished runs, and the
 // best and latest run times in seconds ("-" before the first finished
@@ -15,7 +15,7 @@
 
 #include "LibDatabase/tvdb/tvdbfilecommand.h"
 
-class TVDBReportCommand : public TVDBFileCommand
+class MathsReportCommand : public TVDBFileCommand
 {
 public:
     const char* name() const override { return "report"; }
@@ -27,4 +27,4 @@ protected:
                    std::ostream& err) override;
 };
 
-#endif // TVDBREPORTCOMMAND_H
+#endif // MATHSREPORTCOMMAND_H
