@@ -12,9 +12,9 @@
 
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/error/tverror.h"
+#include "LibDate/core/tvlocale.h"
 #include "TestSupport/tvfiletest.h"
 #include "TestSupport/tvtestclock.h"
-#include "LibDate/core/tvlocale.h"
 
 namespace {
 

@@ -4,9 +4,9 @@
 
 #include "LibDate/core/tvdate.h"
 #include "LibDate/core/tvdatedetails.h"
-#include "LibDate/date/tvdateexpterm.h"
 #include "LibDate/core/tvdateutils.h"
 #include "LibDate/core/tvlocale.h"
+#include "LibDate/date/tvdateexpterm.h"
 
 namespace {
 

@@ -8,12 +8,12 @@
 
 #include "LibCore/error/tverror.h"
 #include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdateslot.h"
 #include "LibDate/core/tvlocale.h"
 #include "LibGui/images/tvguiimages.h"
 #include "LibGui/qt/tverrorqt.h"
 #include "LibGui/qt/tvmainwindowqt.h"
 #include "LibGui/qt/tvqtapp.h"
-#include "LibDate/core/tvdateslot.h"
 #include "LibObject/core/tvid.h"
 #include "LibObject/core/tvidlist.h"
 

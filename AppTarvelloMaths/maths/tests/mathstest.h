@@ -7,8 +7,8 @@
 
 #include "AppTarvelloMaths/maths/go.h"
 #include "AppTarvelloMaths/maths/question.h"
-#include "TestSupport/tvtestclock.h"
 #include "TestSupport/tvobjecttest.h"
+#include "TestSupport/tvtestclock.h"
 
 #include <sstream>
 #include <string>

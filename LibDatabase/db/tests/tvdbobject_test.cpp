@@ -3,9 +3,9 @@
 
 #include "LibDatabase/db/tvdbobject.h"
 
-#include "TestSupport/tvtestclock.h"
 #include "TestSupport/tvdbtestnode.h"
 #include "TestSupport/tvobjecttest.h"
+#include "TestSupport/tvtestclock.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 
 #include "LibDatabase/db/tvresolvecontainers.h"
 
-#include "TestSupport/tvraise.h"
 #include "TestSupport/tvdbtestnode.h"
+#include "TestSupport/tvraise.h"
 
 #include <gtest/gtest.h>
 

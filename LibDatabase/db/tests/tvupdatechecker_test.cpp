@@ -3,9 +3,9 @@
 
 #include "LibDatabase/db/tvupdatechecker.h"
 
-#include "TestSupport/tvtestclock.h"
-#include "TestSupport/tvdbtestnode.h"
 #include "LibDatabase/db/tvdbhost.h"
+#include "TestSupport/tvdbtestnode.h"
+#include "TestSupport/tvtestclock.h"
 
 #include <gtest/gtest.h>
 

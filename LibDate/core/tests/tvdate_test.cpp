@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "TestSupport/tvdatetestenv.h"
 #include "LibDate/core/tvdatedetails.h"
+#include "TestSupport/tvdatetestenv.h"
 
 namespace {
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 
 #include "LibDate/core/tvdate.h"
-#include "LibDate/date/tvdateexp.h"
-#include "LibDate/date/tvdateparser.h"
 #include "LibDate/core/tvdateutils.h"
 #include "LibDate/core/tvlocale.h"
+#include "LibDate/date/tvdateexp.h"
+#include "LibDate/date/tvdateparser.h"
 
 namespace {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "LibDate/core/tvduration.h"
 #include "TestSupport/tvparamtest.h"
 #include "TestSupport/tvtestclock.h"
-#include "LibDate/core/tvduration.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <QWidget>
 #include <cmath>
 
-#include "TestSupport/tvraise.h"
 #include "LibGui/qt/tvgraphicssceneqt.h"
+#include "TestSupport/tvraise.h"
 
 namespace {
 

@@ -9,11 +9,11 @@
 #include <QTest>
 #include <QToolButton>
 
-#include "TestSupport/tvraise.h"
-#include "TestSupport/tvtestclock.h"
 #include "LibGui/qt/tvnotifybarqt.h"
 #include "LibGui/qt/tvnotifydialogqt.h"
 #include "LibGui/qt/tvtreewidgetqt.h"
+#include "TestSupport/tvraise.h"
+#include "TestSupport/tvtestclock.h"
 
 namespace {
 

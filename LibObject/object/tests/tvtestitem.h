@@ -24,9 +24,9 @@
 #include "LibCore/ptrarray/tvptrarrayindex.h"
 #include "LibDate/core/tvdate.h"
 #include "LibDate/core/tvduration.h"
+#include "LibObject/core/tvid.h"
 #include "LibObject/object/tests/tvtestbase.h"
 #include "LibObject/object/tests/tvtestnote.h"
-#include "LibObject/core/tvid.h"
 
 #include <string>
 #include <vector>
