@@ -1,7 +1,7 @@
 // Throughput of the stream form of TVDate, which every stored object with a
 // date writes and reads: a few megabytes of dates each way.
 
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 #include <benchmark/benchmark.h>
 

@@ -16,7 +16,7 @@
 #include "LibCore/error/tverror.h"
 #include "LibDatabase/db/tvdatabase.h"
 #include "LibDatabase/db/tvdbobject.h"
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvtrail.h"

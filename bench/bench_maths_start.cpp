@@ -12,7 +12,7 @@
 #include "AppTarvelloMaths/qt/mathsmainqt.h"
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/error/tverror.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibGui/qt/tvmessageboxscript.h"
 
 #include <benchmark/benchmark.h>

@@ -2,7 +2,8 @@
 # One test executable per library; every case is registered with CTest
 # under the library's short label so that `ctest -L <label>` runs them.
 # GUI tests get tvguitestmain (a QApplication on the offscreen platform)
-# as their main instead of GoogleTest's.
+# as their main instead of GoogleTest's. Every test links the shared
+# helpers of TestSupport (tvtestsupport).
 function(tv_add_tests name)
   if(NOT TV_TESTS)
     return()
@@ -10,9 +11,9 @@ function(tv_add_tests name)
   cmake_parse_arguments(T "GUI" "LABEL" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
   if(T_GUI)
-    target_link_libraries(${name} PRIVATE ${T_LIBS} tvguitestmain GTest::gtest)
+    target_link_libraries(${name} PRIVATE ${T_LIBS} tvtestsupport tvguitestmain GTest::gtest)
   else()
-    target_link_libraries(${name} PRIVATE ${T_LIBS} GTest::gtest GTest::gtest_main)
+    target_link_libraries(${name} PRIVATE ${T_LIBS} tvtestsupport GTest::gtest GTest::gtest_main)
   endif()
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
   gtest_discover_tests(${name}

@@ -2,13 +2,13 @@
 
 #include "AppTarvelloMaths/maths/go.h"
 #include "AppTarvelloMaths/maths/question.h"
+#include "LibCore/log/tvdump.h"
 #include "LibCore/textstr/tvtextstr.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvsrlvaluevector.h"
 #include "LibObject/object/tvtrail.h"
-#include "LibCore/log/tvdump.h"
 
 #include <algorithm>
 #include <cstdlib>

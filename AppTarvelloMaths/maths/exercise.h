@@ -20,7 +20,7 @@
 #include "LibCore/ptrarray/tvidstring.h"
 #include "LibCore/ptrarray/tvptrarray.h"
 #include "LibDatabase/db/tvdbobject.h"
-#include "LibDate/date/tvduration.h"
+#include "LibDate/core/tvduration.h"
 
 #include <iosfwd>
 #include <memory>

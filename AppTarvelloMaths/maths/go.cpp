@@ -1,11 +1,11 @@
 #include "AppTarvelloMaths/maths/go.h"
 
 #include "AppTarvelloMaths/maths/question.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibCore/log/tvdump.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvtrail.h"
-#include "LibCore/log/tvdump.h"
 
 #include <ostream>
 

@@ -21,7 +21,7 @@
 // and empty, whatever its state.
 
 #include "LibDatabase/db/tvdbobject.h"
-#include "LibDate/date/tvdateslot.h"
+#include "LibDate/core/tvdateslot.h"
 
 #include <iosfwd>
 #include <memory>

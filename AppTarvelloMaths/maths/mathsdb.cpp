@@ -2,12 +2,11 @@
 
 #include "LibCore/fileutils/tvdirectory.h"
 #include "LibCore/fileutils/tvfileutils.h"
-#include "LibDate/date/tvdateutils.h"
-#include "LibGui/base/tvnotifyitem.h"
+#include "LibCore/log/tvdump.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvaluevector.h"
 #include "LibObject/object/tvtrail.h"
-#include "LibCore/log/tvdump.h"
 
 #include <algorithm>
 #include <ostream>
@@ -33,11 +32,6 @@ int list_images(const std::string& dir, std::vector<std::string>& out)
     for (int i = 0; i < folder.get_nfiles(); ++i)
         out.push_back(folder.get_file_by_index(i)->get_pathname());
     return TVErrC_ok;
-}
-
-std::string reminder_text(const TVDate& when)
-{
-    return "Reminder: " + when.to_string("%t") + " Maths Session";
 }
 } // namespace
 
@@ -519,10 +513,9 @@ std::vector<TVDuration>& MathsDB::edit_reminders()
     return m_reminder;
 }
 
-std::vector<TVNotifyItem> MathsDB::reminder_notifications() const
+std::vector<MathsDB::Reminder> MathsDB::due_reminders() const
 {
-    std::vector<TVNotifyItem> items;
-    const TVId id(C_NotifySession, -1, -1);
+    std::vector<Reminder> due;
     const TVDate now = TVDateUtils::now();
     const TVDate day = TVDateUtils::start_day(now);
 
@@ -539,8 +532,7 @@ std::vector<TVNotifyItem> MathsDB::reminder_notifications() const
             }
         }
         if (late != nullptr)
-            items.emplace_back(reminder_text(latest), id, C_NotifySession, C_NotifyPriority,
-                               TVDate(TVDate::E_DateBlank));
+            due.push_back({latest, true});
     }
 
     // Next: the coming reminder time, today's if still ahead, else tomorrow's.
@@ -556,8 +548,8 @@ std::vector<TVNotifyItem> MathsDB::reminder_notifications() const
         }
     }
     if (found)
-        items.emplace_back(reminder_text(next), id, C_NotifySession, C_NotifyPriority, next);
-    return items;
+        due.push_back({next, false});
+    return due;
 }
 
 // ---- The background image ---------------------------------------------------------

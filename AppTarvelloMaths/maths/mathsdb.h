@@ -26,13 +26,12 @@
 #include "AppTarvelloMaths/maths/mathsdbrecord.h"
 #include "LibDatabase/db/tvdatabase.h"
 #include "LibDatabase/db/tvdbfactory.h"
+#include "LibDate/core/tvdate.h"
 
 #include <iosfwd>
 #include <memory>
 #include <string>
 #include <vector>
-
-class TVNotifyItem;
 
 // The fields live in the base MathsDBRecord; see there for why.
 class MathsDB : private MathsDBRecord, public TVDatabase, public TVDBFactory<MathsDB>
@@ -45,9 +44,6 @@ public:
     static constexpr const char* C_GoTag = MathsDBRecord::C_GoTag;
     static constexpr const char* C_SessionTag = MathsDBRecord::C_SessionTag;
     static constexpr const char* C_ImageBookmark = "ImageBookmark";
-    // Category and id of the reminder notifications.
-    static constexpr int C_NotifySession = 800;
-    static constexpr double C_NotifyPriority = 50.0;
     static constexpr int C_NBuiltinImages = 10;
     // The pictures that come with the program, in the order they rotate.
     static const char* const C_BuiltinImages[C_NBuiltinImages];
@@ -142,10 +138,17 @@ public:
     const std::vector<TVDuration>& get_reminders() const;
     // Marks the database changed: the caller is about to write the list.
     std::vector<TVDuration>& edit_reminders();
-    // At most two: the latest reminder of today that is past and that no
-    // session has started since (shown at once), and the next reminder
-    // time to come (scheduled for then).
-    std::vector<TVNotifyItem> reminder_notifications() const;
+    // A reminder time the user should hear of. A late one has passed today
+    // with no session begun since; the other is the next time to come.
+    struct Reminder
+    {
+        TVDate m_time;
+        bool m_late = false;
+    };
+    // At most two, the late one first: the latest reminder of today that is
+    // past and that no session has started since, and the next reminder
+    // time to come. The window turns them into notifications.
+    std::vector<Reminder> due_reminders() const;
 
     // ---- The background image -----------------------------------------------
 

@@ -16,7 +16,7 @@
 #include "AppTarvelloMaths/maths/session.h"
 #include "LibCore/ptrarray/tvptrarray.h"
 #include "LibDatabase/db/tvdbcontainer.h"
-#include "LibDate/date/tvduration.h"
+#include "LibDate/core/tvduration.h"
 
 #include <string>
 #include <vector>

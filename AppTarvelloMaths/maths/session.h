@@ -14,7 +14,7 @@
 //   "TVDBObject" block
 
 #include "LibDatabase/db/tvdbobject.h"
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 #include <iosfwd>
 #include <memory>

@@ -7,8 +7,9 @@
 #include "LibCore/log/tvdump.h"
 #include "LibGui/qt/tvhelpqt.h"
 #include "LibGui/qt/tvmessageboxqt.h"
+#include "LibGui/qt/tvslotcall.h"
 #include "LibGui/qt/tvwidgetmgrqt.h"
-#include "LibObject/object/tvid.h"
+#include "LibObject/core/tvid.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -26,19 +27,11 @@
 #include <ostream>
 #include <vector>
 
+using tvslotcall::call;
+
 namespace {
 
 constexpr int C_RangeLimit = 10000;
-
-template <class F>
-int call(F&& f)
-{
-    try {
-        return f();
-    } catch (const TVErrDetails&) {
-        return tverrorvalue();
-    }
-}
 
 // The code of a combo's current row, as load_combo keeps it.
 int combo_code(const QComboBox* combo)

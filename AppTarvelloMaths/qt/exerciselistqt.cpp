@@ -6,12 +6,13 @@
 #include "AppTarvelloMaths/qt/exerciseeditqt.h"
 #include "LibCore/error/tverror.h"
 #include "LibCore/log/tvdump.h"
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibGui/base/tvmessagebox.h"
 #include "LibGui/qt/tvguideqt.h"
 #include "LibGui/qt/tvhelpqt.h"
 #include "LibGui/qt/tvmessageboxqt.h"
+#include "LibGui/qt/tvslotcall.h"
 #include "LibGui/qt/tvtimeselectqt.h"
 #include "LibGui/qt/tvwidgetmgrqt.h"
 
@@ -28,17 +29,9 @@
 #include <ostream>
 #include <vector>
 
-namespace {
+using tvslotcall::call;
 
-template <class F>
-int call(F&& f)
-{
-    try {
-        return f();
-    } catch (const TVErrDetails&) {
-        return tverrorvalue();
-    }
-}
+namespace {
 
 std::string yes_label()
 {

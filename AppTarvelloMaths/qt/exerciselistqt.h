@@ -14,7 +14,7 @@
 // only.
 
 #include "LibGui/qt/tvdialogqt.h"
-#include "LibObject/object/tvid.h"
+#include "LibObject/core/tvid.h"
 
 #include <iosfwd>
 #include <memory>

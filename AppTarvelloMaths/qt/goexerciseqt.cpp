@@ -9,6 +9,7 @@
 #include "LibCore/log/tvdump.h"
 #include "LibGui/qt/tvhelpqt.h"
 #include "LibGui/qt/tvlineeditqt.h"
+#include "LibGui/qt/tvslotcall.h"
 #include "LibGui/qt/tvwidgetmgrqt.h"
 
 #include <QApplication>
@@ -30,6 +31,8 @@
 #include <algorithm>
 #include <cmath>
 #include <ostream>
+
+using tvslotcall::call;
 
 namespace {
 
@@ -54,17 +57,6 @@ void beep()
         beep_fn()();
     else
         QApplication::beep();
-}
-
-// A slot's chain as a value, whatever the error action.
-template <class F>
-int call(F&& f)
-{
-    try {
-        return f();
-    } catch (const TVErrDetails&) {
-        return tverrorvalue();
-    }
 }
 
 std::string format(const char* fmt, double value)

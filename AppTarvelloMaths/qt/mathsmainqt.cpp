@@ -8,7 +8,7 @@
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibCore/log/tvdump.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibGui/base/tvnotifyitem.h"
 #include "LibGui/base/tvnotifyscheme.h"
 #include "LibGui/qt/tvapppageqt.h"
@@ -22,6 +22,7 @@
 #include "LibGui/qt/tvnotifylistqt.h"
 #include "LibGui/qt/tvnotifysettingsqt.h"
 #include "LibGui/qt/tvsettingsqt.h"
+#include "LibGui/qt/tvslotcall.h"
 #include "LibGui/qt/tvtreewidgetqt.h"
 
 #include <QAction>
@@ -44,6 +45,9 @@
 #include <algorithm>
 #include <cstdio>
 #include <ostream>
+
+using tvslotcall::call;
+using tvslotcall::stopped;
 
 namespace {
 
@@ -83,17 +87,6 @@ const char* const C_AgainStyle =
     " padding: 3px 2px; }"
     "QPushButton:hover { background-color: #3a8ae0; }"
     "QPushButton:pressed { background-color: #245f9c; }";
-
-// A fallible call as a value, whatever the error action.
-template <class F>
-int call(F&& f)
-{
-    try {
-        return f();
-    } catch (const TVErrDetails&) {
-        return tverrorvalue();
-    }
-}
 
 std::string seconds_text(const TVDuration& duration)
 {
@@ -613,9 +606,21 @@ void MathsMainQt::exercises_set()
 
 int MathsMainQt::generate_notify(TVNotifyList& list)
 {
-    for (const TVNotifyItem& item : m_mathsDB.reminder_notifications())
+    for (const TVNotifyItem& item : reminder_notifications(m_mathsDB))
         list.add(item);
     return TVErrC_ok;
+}
+
+std::vector<TVNotifyItem> MathsMainQt::reminder_notifications(const MathsDB& db)
+{
+    std::vector<TVNotifyItem> items;
+    const TVId id(C_NotifySession, -1, -1);
+    for (const MathsDB::Reminder& reminder : db.due_reminders()) {
+        const std::string text = "Reminder: " + reminder.m_time.to_string("%t") + " Maths Session";
+        const TVDate schedule = reminder.m_late ? TVDate(TVDate::E_DateBlank) : reminder.m_time;
+        items.emplace_back(text, id, C_NotifySession, C_NotifyPriority, schedule);
+    }
+    return items;
 }
 
 int MathsMainQt::select_notify(const TVIdList&)
@@ -854,7 +859,3 @@ void MathsMainQt::quit_selected()
     stopped(call([&] { return user_quit(false); }));
 }
 
-bool MathsMainQt::stopped(int value)
-{
-    return tvhandle_error(value, TVSevWarning) > 1;
-}

@@ -18,13 +18,14 @@
 // belongs to the application (see TVDBManagerQt). Main thread only.
 
 #include "LibDatabase/qt/tvdbmanagerqt.h"
-#include "LibObject/object/tvidlist.h"
+#include "LibObject/core/tvidlist.h"
 
 #include <QIcon>
 
 #include <iosfwd>
 #include <memory>
 #include <string>
+#include <vector>
 
 class Exercise;
 class Go;
@@ -40,6 +41,7 @@ class QTreeWidgetItem;
 class QWidget;
 class TVGuideQt;
 class TVImageViewerQt;
+class TVNotifyItem;
 class TVNotifyBarQt;
 class TVTreeWidgetQt;
 
@@ -55,8 +57,10 @@ public:
     static constexpr int C_GoButtonWidth = 60;
     static constexpr int C_MinListHeight = 50;
     static constexpr int C_MaxListHeight = 500;
-    // The maths reminders' scheme; the same number as the items' category.
+    // The maths reminders' scheme; the same number as the items' category
+    // and id.
     static constexpr int C_NotifySession = 800;
+    static constexpr double C_NotifyPriority = 50.0;
 
     MathsMainQt(MathsDB& db, QWidget* parent);
     ~MathsMainQt() override;
@@ -66,6 +70,9 @@ public:
     void show_dialog() override;
     void update_display() override;
     [[nodiscard]] int generate_notify(TVNotifyList& list) override;
+    // The database's due reminders as the items of the reminder bar: a
+    // late one shown at once, the next one scheduled for its time.
+    static std::vector<TVNotifyItem> reminder_notifications(const MathsDB& db);
     [[nodiscard]] int select_notify(const TVIdList& ids) override;
     [[nodiscard]] int export_paste_buffer(const std::string& file) override;
     [[nodiscard]] int import_paste_buffer(const std::string& file) override;
@@ -176,8 +183,6 @@ private:
     // that kind) closes.
     void follow_dialog(QWidget* dialog);
     void add_row(const Go& go, const Exercise& exercise);
-    // tvhandle_error at severity 2; true when the chain should stop.
-    static bool stopped(int value);
 
     MathsDB& m_mathsDB;
     // The selected rows' Go ids, kept across redraws.

@@ -19,7 +19,7 @@
 #include "AppTarvelloMaths/qt/goexerciseqt.h"
 #include "AppTarvelloMaths/qt/mathsmainqt.h"
 #include "LibCore/error/tverror.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibGui/qt/tvlineeditqt.h"
 #include "LibGui/qt/tvmessageboxscript.h"
 #include "LibGui/qt/tvqtapp.h"

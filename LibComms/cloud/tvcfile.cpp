@@ -3,7 +3,7 @@
 #include "LibComms/cloud/tvcloudservice.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibCore/log/tvdump.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvtrail.h"

@@ -13,7 +13,7 @@
 //
 // A record belongs to its service, which guards it with its mutex.
 
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 #include "LibObject/object/tvobject.h"
 
 #include <iosfwd>

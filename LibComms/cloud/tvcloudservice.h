@@ -27,7 +27,7 @@
 #include "LibComms/thread/tvmutex.h"
 #include "LibComms/thread/tvthread.h"
 #include "LibCore/ptrarray/tvptrarray.h"
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 #include <iosfwd>
 #include <string>

@@ -17,9 +17,9 @@
 #include "LibCore/param/tvparamcmdline.h"
 #include "LibCore/param/tvparamfile.h"
 #include "LibCore/textstr/tvtextstr.h"
-#include "LibDate/date/tvdateutils.h"
-#include "LibDate/date/tvduration.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvdateutils.h"
+#include "LibDate/core/tvduration.h"
+#include "LibDate/core/tvlocale.h"
 
 const char* const TVApplication::C_LastDBFile = "LastFile";
 const char* const TVApplication::C_LastSession = "LastSession";

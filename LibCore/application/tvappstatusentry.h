@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 // One message on a status stack: the text, a percentage done, and the
 // moment from which it may be shown (so that short operations never flicker

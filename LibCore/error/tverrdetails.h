@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 // Severity of an error; the number is part of the error value
 // (value = severity * 100000 + code).

@@ -16,7 +16,7 @@
 #include <memory>
 #include <string>
 
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 class TVFile
 {

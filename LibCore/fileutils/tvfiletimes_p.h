@@ -6,7 +6,7 @@
 
 #include <ctime>
 
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 // Labelled with the default zone, as TVDateUtils::now() is, so a file's
 // time and the present moment print alike. The microsecond is kept: two

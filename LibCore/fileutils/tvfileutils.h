@@ -20,7 +20,7 @@
 #include <string>
 #include <vector>
 
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 // ---- Probes (never raise) -------------------------------------------------
 

@@ -28,7 +28,7 @@
 
 #include "LibCore/application/tvsingleton.h"
 #include "LibCore/log/tvstackframe.h"
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 class TVDebug : public TVSingleton<TVDebug>
 {

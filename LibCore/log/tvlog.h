@@ -21,7 +21,7 @@
 #include <string>
 
 #include "LibCore/application/tvsingleton.h"
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 class TVLog : public TVSingleton<TVLog>
 {

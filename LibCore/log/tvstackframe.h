@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "LibCore/log/tvstackreference.h"
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 class TVStackFrame
 {

@@ -5,7 +5,7 @@
 // Entries order by their text alone (that is what sorting a combo box
 // means); == compares both parts.
 
-#include "LibObject/object/tvid.h"
+#include "LibObject/core/tvid.h"
 
 #include <iosfwd>
 #include <string>

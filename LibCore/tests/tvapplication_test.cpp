@@ -10,7 +10,7 @@
 #include "LibCore/error/tverror.h"
 #include "LibCore/param/tvparam.h"
 #include "LibCore/param/tvparamcmdline.h"
-#include "LibCore/tests/tvtestclock.h"
+#include "TestSupport/tvtestclock.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "LibCore/log/tvdebugscope.h"
-#include "LibCore/tests/tvtestclock.h"
+#include "TestSupport/tvtestclock.h"
 
 namespace {
 

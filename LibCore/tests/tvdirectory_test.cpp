@@ -7,7 +7,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "LibCore/tests/tvfiletest.h"
+#include "TestSupport/tvfiletest.h"
 
 namespace {
 

@@ -12,8 +12,8 @@
 #include "LibCore/error/tverrhandlerlogfile.h"
 #include "LibCore/error/tverrhandlerptr.h"
 #include "LibCore/error/tverrhandlerstream.h"
-#include "LibCore/tests/tvfiletest.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvlocale.h"
+#include "TestSupport/tvfiletest.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <sys/stat.h>
 
 #include "LibCore/fileutils/tvfileutils.h"
-#include "LibCore/tests/tvfiletest.h"
+#include "TestSupport/tvfiletest.h"
 
 namespace {
 

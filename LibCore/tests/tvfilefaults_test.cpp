@@ -11,7 +11,7 @@
 
 #include "LibCore/fileutils/tvfile.h"
 #include "LibCore/fileutils/tvfileutils.h"
-#include "LibCore/tests/tvfiletest.h"
+#include "TestSupport/tvfiletest.h"
 
 namespace {
 

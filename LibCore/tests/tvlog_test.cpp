@@ -12,9 +12,9 @@
 
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/error/tverror.h"
-#include "LibCore/tests/tvfiletest.h"
-#include "LibCore/tests/tvtestclock.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvlocale.h"
+#include "TestSupport/tvfiletest.h"
+#include "TestSupport/tvtestclock.h"
 
 namespace {
 

@@ -7,8 +7,8 @@
 
 #include "LibCore/param/tvparamerrhandler.h"
 #include "LibCore/param/tvparamset.h"
-#include "LibCore/tests/tvparamtest.h"
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvparamtest.h"
+#include "TestSupport/tvraise.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "LibCore/ptrarray/tvptrarrayindex.h"
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvraise.h"
 
 namespace {
 

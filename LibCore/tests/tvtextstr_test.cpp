@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvraise.h"
 
 namespace {
 

@@ -17,7 +17,7 @@
 #include "LibDatabase/db/tvcachename.h"
 #include "LibDatabase/db/tvdbhost.h"
 #include "LibDatabase/db/tvresolvecontainers.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvtrail.h"

@@ -34,9 +34,7 @@
 #include "LibComms/thread/tvthread.h"
 #include "LibDatabase/db/tvdbindex.h"
 #include "LibDatabase/db/tvdbobject.h"
-
-class TVExternalDB;
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 #include <iosfwd>
 #include <map>
@@ -44,6 +42,8 @@ class TVExternalDB;
 #include <string>
 #include <string_view>
 #include <vector>
+
+class TVExternalDB;
 
 class TVDatabase : public TVThread, public virtual TVDBObject
 {

@@ -14,7 +14,7 @@
 #include "LibDatabase/db/tvdbformat.h"
 #include "LibDatabase/db/tvdbindex.h"
 #include "LibDatabase/db/tvexternaldb.h"
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 
 #include <atomic>
 #include <map>

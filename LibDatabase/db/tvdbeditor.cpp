@@ -3,7 +3,7 @@
 #include "LibDatabase/db/tvdatabase_p.h"
 #include "LibDatabase/db/tvdbcontainerbase.h"
 #include "LibDatabase/db/tvresolvecontainers.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvtrail.h"
 
 #include <memory>

@@ -7,7 +7,7 @@
 #include "LibDatabase/db/tvdbreader.h"
 #include "LibDatabase/db/tvdbsaver.h"
 #include "LibDatabase/db/tvdbwritefile.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvtrail.h"
 
 #include <map>

@@ -4,7 +4,7 @@
 #include "LibCore/textstr/tvtextstr.h"
 #include "LibDatabase/db/tvdbcontainerbase.h"
 #include "LibDatabase/db/tvdbhost.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlobjectarray.h"
 #include "LibObject/object/tvsrlvalue.h"

@@ -32,8 +32,8 @@
 #include "LibDatabase/db/tvdbobjectlink.h"
 #include "LibDatabase/db/tvlockable.h"
 #include "LibDatabase/db/tvupdatecounter.h"
-#include "LibDate/date/tvdate.h"
-#include "LibObject/object/tvid.h"
+#include "LibDate/core/tvdate.h"
+#include "LibObject/core/tvid.h"
 #include "LibObject/object/tvobject.h"
 
 #include <iosfwd>

@@ -11,7 +11,7 @@
 #include "LibDatabase/db/tvdbwritefile.h"
 #include "LibDatabase/db/tvdbwriter.h"
 #include "LibDatabase/db/tvupdatecounter.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvtrail.h"
 
 #include <filesystem>

@@ -2,7 +2,7 @@
 
 #include "LibCore/application/tvapplication.h"
 #include "LibDatabase/db/tvdatabase_p.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvserialisationentry.h"
 #include "LibObject/object/tvtrail.h"
 

@@ -1,7 +1,7 @@
 #include "LibDatabase/db/tvexternaldb.h"
 
 #include "LibCore/log/tvdump.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlobjectarray.h"
 #include "LibObject/object/tvsrlvalue.h"

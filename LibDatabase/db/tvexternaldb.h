@@ -17,7 +17,7 @@
 #include "LibComms/cloud/tvcloudinstance.h"
 #include "LibCore/ptrarray/tvptrarray.h"
 #include "LibDatabase/db/tvexternaldbmerge.h"
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 #include "LibObject/object/tvobject.h"
 
 #include <iosfwd>

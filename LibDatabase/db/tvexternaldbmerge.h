@@ -5,7 +5,7 @@
 // host's file that this database last took in. Serial form: "host",
 // "write", then TVObject's under "TVObject".
 
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 #include "LibObject/object/tvobject.h"
 
 #include <iosfwd>

@@ -1,6 +1,6 @@
 #include "LibDatabase/db/tvupdatecounter.h"
 
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibCore/log/tvdump.h"
 
 #include <ostream>

@@ -1,27 +1,16 @@
 #ifndef TVDBFLOW_P_H
 #define TVDBFLOW_P_H
 
-// What the load, unload and import flows share: a fallible engine call
-// turned into a value whatever the error action (an error may throw), and
-// the label a button string answers with.
+// What the load, unload and import flows share: the label a button string
+// answers with, and the word of the default file. (Their fallible calls go
+// through LibGui/qt/tvslotcall.h, as every window's do.)
 
-#include "LibCore/error/tverror.h"
 #include "LibDatabase/qt/tvdbmanagerqt.h"
 #include "LibGui/base/tvmessagebox.h"
 
 #include <string>
 
 namespace tvdbflow {
-
-template <class F>
-int call(F&& f)
-{
-    try {
-        return f();
-    } catch (const TVErrDetails&) {
-        return tverrorvalue();
-    }
-}
 
 inline std::string label(const char* key)
 {

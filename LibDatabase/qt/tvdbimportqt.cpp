@@ -10,13 +10,14 @@
 #include "LibDatabase/qt/tvdbmanagerqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibGui/qt/tvmessageboxqt.h"
+#include "LibGui/qt/tvslotcall.h"
 
 #include <QTimer>
 
 #include <filesystem>
 
 
-using tvdbflow::call;
+using tvslotcall::call;
 using tvdbflow::label;
 
 const char* const TVDBImportQt::C_Open = "Open";
@@ -138,7 +139,7 @@ int TVDBImportQt::open_target(std::string& target) const
 
 bool TVDBImportQt::stopped(int value)
 {
-    if (tvhandle_error(value, TVSevWarning) < 2)
+    if (!tvslotcall::stopped(value))
         return false;
     failed();
     return true;

@@ -46,6 +46,7 @@ public slots:
 
 private:
     TVDBImportQt(TVDatabase& db, const std::string& file, TVDBManagerQt* manager);
+    // tvslotcall::stopped, and a stop ends the flow (failed).
     bool stopped(int value);
     [[nodiscard]] int open_target(std::string& target) const;
     void complete(const std::string& file);

@@ -10,13 +10,14 @@
 #include "LibDatabase/qt/tvdbunloadqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibGui/qt/tvmessageboxqt.h"
+#include "LibGui/qt/tvslotcall.h"
 
 #include <QDir>
 #include <QLabel>
 #include <QTimer>
 #include <QVBoxLayout>
 
-using tvdbflow::call;
+using tvslotcall::call;
 using tvdbflow::label;
 
 const char* const TVDBLoadQt::C_FindIt = "Find It";
@@ -420,7 +421,7 @@ void TVDBLoadQt::reload()
 
 bool TVDBLoadQt::stopped(int value)
 {
-    if (tvhandle_error(value, TVSevWarning) < 2)
+    if (!tvslotcall::stopped(value))
         return false;
     failed();
     return true;

@@ -92,7 +92,7 @@ private:
     void find_base(bool create);
     // The file open before, instead of giving up; failed when there is none.
     void reload();
-    // A value of 2 or more from tvhandle_error: the flow ends (failed).
+    // tvslotcall::stopped, and a stop ends the flow (failed).
     bool stopped(int value);
     void complete(const std::string& file);
     void failed();

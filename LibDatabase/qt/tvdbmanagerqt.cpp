@@ -10,13 +10,14 @@
 #include "LibDatabase/qt/tvdbloadqt.h"
 #include "LibDatabase/qt/tvdbunloadqt.h"
 #include "LibDatabase/db/tvdbheartbeat.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibGui/base/tvnotifylist.h"
 #include "LibGui/base/tvnotifyscheme.h"
 #include "LibGui/qt/tvapplicationqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibGui/qt/tvmessageboxqt.h"
 #include "LibGui/qt/tvnotifylistqt.h"
+#include "LibGui/qt/tvslotcall.h"
 
 #include <QAction>
 #include <QApplication>
@@ -27,7 +28,8 @@
 
 #include <algorithm>
 
-using tvdbflow::call;
+using tvslotcall::call;
+using tvslotcall::stopped;
 using tvdbflow::label;
 
 struct TVDBManagerQt::TVDBManagerQtImpl
@@ -834,9 +836,4 @@ bool TVDBManagerQt::takes_url() const
 
 void TVDBManagerQt::url_called(const std::string&, const std::string&, const TVTagValue&)
 {
-}
-
-bool TVDBManagerQt::stopped(int value)
-{
-    return tvhandle_error(value, TVSevWarning) > 1;
 }

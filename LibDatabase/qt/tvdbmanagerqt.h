@@ -25,11 +25,11 @@
 
 #include "LibDatabase/db/tvdbheartbeat.h"
 #include "LibDatabase/db/tvdbmanager.h"
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 #include "LibGui/qt/tvmainwindowqt.h"
 #include "LibGui/qt/tvslotqt.h"
-#include "LibObject/object/tvid.h"
-#include "LibObject/object/tvidlist.h"
+#include "LibObject/core/tvid.h"
+#include "LibObject/core/tvidlist.h"
 
 #include <QPoint>
 
@@ -204,8 +204,6 @@ private:
     [[nodiscard]] int rebuild_notify();
     void start_timers();
     void stop_timers();
-    // tvhandle_error at severity 2; true when the user chose to stop.
-    static bool stopped(int value);
 
     std::unique_ptr<TVDBManagerQtImpl> d;
     bool m_multiWindow = true;

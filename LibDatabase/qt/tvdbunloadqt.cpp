@@ -4,10 +4,11 @@
 #include "LibDatabase/qt/tvdbflow_p.h"
 #include "LibDatabase/qt/tvdbmanagerqt.h"
 #include "LibGui/qt/tvmessageboxqt.h"
+#include "LibGui/qt/tvslotcall.h"
 
 #include <QTimer>
 
-using tvdbflow::call;
+using tvslotcall::call;
 using tvdbflow::label;
 
 const char* const TVDBUnloadQt::C_Discard = "Discard";
@@ -98,7 +99,7 @@ void TVDBUnloadQt::step3()
 
 bool TVDBUnloadQt::stopped(int value)
 {
-    if (tvhandle_error(value, TVSevWarning) < 2)
+    if (!tvslotcall::stopped(value))
         return false;
     end(&TVDBUnloadQt::unload_failed);
     return true;

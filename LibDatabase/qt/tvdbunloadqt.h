@@ -41,6 +41,7 @@ public slots:
     void step3();
 
 private:
+    // tvslotcall::stopped, and a stop ends the flow (unload_failed).
     bool stopped(int value);
     void end(void (TVDBUnloadQt::*signal)());
 

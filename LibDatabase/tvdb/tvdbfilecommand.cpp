@@ -3,8 +3,8 @@
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/error/tverrdetails.h"
 #include "LibCore/error/tverror.h"
-#include "AppTarvelloMaths/maths/mathsdb.h"
 #include "LibDatabase/db/tvdatabase.h"
+#include "LibDatabase/tvdb/tvdbtoolregistry.h"
 #include "LibObject/object/tvobjectindex.h"
 
 #include <algorithm>
@@ -12,19 +12,6 @@
 #include <ostream>
 
 namespace {
-
-// The programs whose files tvdb recognises by their application type, so
-// that their side files are found without --app. The names are those of
-// the program's own identity (AppMaths::identity()).
-struct KnownApplication
-{
-    const char* m_appType;
-    const char* m_application;
-    const char* m_company;
-};
-constexpr KnownApplication C_KnownApplications[] = {
-    {MathsDB::C_MathsDataType, "TarvelloMaths", "Tarvello"},
-};
 
 // What a file's first object says before anything is loaded: the class of
 // its database and its application type. Both empty when the file can't be
@@ -115,11 +102,11 @@ int TVDBFileCommand::run(const std::vector<std::string>& args, std::ostream& out
     const FileKind kind = peek_file(words[0]);
     TVAppIdentity identity;
     identity.m_application = app;
-    for (const KnownApplication& known : C_KnownApplications) {
-        if (app.empty() && kind.m_appType == known.m_appType) {
-            identity.m_application = known.m_application;
-            identity.m_company = known.m_company;
-        }
+    const TVDBToolRegistry::Program* program =
+        TVDBToolRegistry::instance().find_program(kind.m_appType);
+    if (app.empty() && program != nullptr) {
+        identity.m_application = program->m_application;
+        identity.m_company = program->m_company;
     }
     TVApplication application(0, nullptr, identity);
 

@@ -6,14 +6,15 @@
 //
 // The file is opened read-only through the normal load, partial file and
 // transaction log included, so the tool sees what the program would. It is
-// loaded into the database class that the file's first object names (such
-// as MathsDB), when tvdb knows that class; else into a plain TVDatabase.
-// The side files lie in the application's scratch and cache folders: --app
-// names the application whose folders those are. Without it, a file of an
-// application type the tool knows (a maths file) uses that program's
-// folders, any other the folders of a program without a name. Only the
-// classes linked into tvdb are known; a file holding any other fails to
-// load as the program itself would fail on it.
+// loaded into the database class that the file's first object names (a
+// program's own), when tvdb knows that class; else into a plain
+// TVDatabase. The side files lie in the application's scratch and cache
+// folders: --app names the application whose folders those are. Without
+// it, a file of an application type that a program registered
+// (TVDBToolRegistry) uses that program's folders, any other the folders of
+// a program without a name. Only the classes linked into tvdb are known; a
+// file holding any other fails to load as the program itself would fail
+// on it.
 //
 // A failed load ends the command with exit status 1 and the load's own
 // messages on err, which name the file.

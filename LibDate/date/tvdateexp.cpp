@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "LibCore/error/tverror.h"
-#include "LibDate/date/tvdatedetails.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdatedetails.h"
+#include "LibDate/core/tvdateutils.h"
 
 // What one evaluation shares down its nested choices.
 struct TVDateExp::Run

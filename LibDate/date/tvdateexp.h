@@ -24,7 +24,7 @@
 #include <utility>
 #include <vector>
 
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 #include "LibDate/date/tvdateexpterm.h"
 
 class TVDateDetails;

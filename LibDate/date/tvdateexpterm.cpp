@@ -5,10 +5,10 @@
 
 #include "LibCore/error/tverror.h"
 #include "LibCore/textstr/tvtextstr.h"
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvdatedetails.h"
-#include "LibDate/date/tvdateutils.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdatedetails.h"
+#include "LibDate/core/tvdateutils.h"
+#include "LibDate/core/tvlocale.h"
 
 namespace {
 

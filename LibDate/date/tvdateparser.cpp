@@ -2,11 +2,11 @@
 
 #include <cstring>
 
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvdatedetails.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdatedetails.h"
+#include "LibDate/core/tvdateutils.h"
+#include "LibDate/core/tvlocale.h"
 #include "LibDate/date/tvdateexpterm.h"
-#include "LibDate/date/tvdateutils.h"
-#include "LibDate/date/tvlocale.h"
 
 namespace {
 

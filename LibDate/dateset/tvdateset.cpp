@@ -5,7 +5,7 @@
 #include <ostream>
 #include <utility>
 
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvalue.h"
 #include "LibObject/object/tvsrlvaluevector.h"

@@ -27,9 +27,9 @@
 #include <string>
 #include <vector>
 
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvdateslot.h"
-#include "LibDate/date/tvduration.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdateslot.h"
+#include "LibDate/core/tvduration.h"
 #include "LibDate/dateset/tvdatesetentry.h"
 #include "LibObject/object/tvobject.h"
 

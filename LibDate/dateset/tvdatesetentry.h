@@ -11,7 +11,7 @@
 
 #include <iosfwd>
 
-#include "LibDate/date/tvdateslot.h"
+#include "LibDate/core/tvdateslot.h"
 
 class TVDateSetEntry
 {

@@ -9,8 +9,8 @@
 // priority sorts first. A blank schedule shows the item at once; a date
 // holds it back until then (a scheduled reminder, or a snooze).
 
-#include "LibDate/date/tvdate.h"
-#include "LibObject/object/tvid.h"
+#include "LibDate/core/tvdate.h"
+#include "LibObject/core/tvid.h"
 
 #include <iosfwd>
 #include <string>

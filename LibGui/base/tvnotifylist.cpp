@@ -7,7 +7,7 @@
 #include "LibCore/log/tvdump.h"
 #include "LibCore/param/tvparam.h"
 #include "LibCore/textstr/tvtextstr.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 
 TVNotifyList::TVNotifyList() = default;
 

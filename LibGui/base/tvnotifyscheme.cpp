@@ -3,7 +3,7 @@
 #include <ostream>
 
 #include "LibCore/log/tvdump.h"
-#include "LibObject/object/tvid.h"
+#include "LibObject/core/tvid.h"
 
 namespace {
 

@@ -7,15 +7,15 @@
 #include <algorithm>
 
 #include "LibCore/error/tverror.h"
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdateslot.h"
+#include "LibDate/core/tvlocale.h"
 #include "LibGui/images/tvguiimages.h"
 #include "LibGui/qt/tverrorqt.h"
 #include "LibGui/qt/tvmainwindowqt.h"
 #include "LibGui/qt/tvqtapp.h"
-#include "LibDate/date/tvdateslot.h"
-#include "LibObject/object/tvid.h"
-#include "LibObject/object/tvidlist.h"
+#include "LibObject/core/tvid.h"
+#include "LibObject/core/tvidlist.h"
 
 TVApplicationQt::TVApplicationQt(int argc, char** argv, const TVAppIdentity& identity, QApplication& app)
     : QObject(nullptr), TVApplication(argc, argv, identity), m_app(qobject_cast<TVQtApp*>(&app))

@@ -7,9 +7,9 @@
 #include <QSignalBlocker>
 
 #include "LibCore/error/tverror.h"
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvdateutils.h"
-#include "LibDate/date/tvlocale.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdateutils.h"
+#include "LibDate/core/tvlocale.h"
 
 TVLocaleQt::TVLocaleQt(QWidget* parent) : TVSettingsFormQt(parent)
 {

@@ -22,8 +22,8 @@
 #include <vector>
 
 #include "LibCore/ptrarray/tvidstring.h"
-#include "LibObject/object/tvid.h"
-#include "LibObject/object/tvidlist.h"
+#include "LibObject/core/tvid.h"
+#include "LibObject/core/tvidlist.h"
 
 class QLabel;
 class QPushButton;

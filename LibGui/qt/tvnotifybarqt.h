@@ -17,7 +17,7 @@
 #include <QPointer>
 #include <string>
 
-#include "LibObject/object/tvidlist.h"
+#include "LibObject/core/tvidlist.h"
 
 class QLabel;
 class QToolButton;

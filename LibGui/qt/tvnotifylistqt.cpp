@@ -7,7 +7,7 @@
 
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/error/tverror.h"
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibGui/qt/tvapplicationqt.h"
 #include "LibGui/qt/tvnotifydialogqt.h"
 #include "LibGui/qt/tvtreewidgetqt.h"

@@ -21,7 +21,7 @@
 
 #include "LibGui/base/tvnotifylist.h"
 #include "LibGui/qt/tvnotifydialogqt.h"
-#include "LibObject/object/tvidlist.h"
+#include "LibObject/core/tvidlist.h"
 
 class QMainWindow;
 class TVTreeWidgetQt;

@@ -7,8 +7,8 @@
 
 #include <QTreeWidget>
 
-#include "LibObject/object/tvid.h"
-#include "LibObject/object/tvidlist.h"
+#include "LibObject/core/tvid.h"
+#include "LibObject/core/tvidlist.h"
 
 class TVTreeWidgetQt : public QTreeWidget
 {

@@ -10,11 +10,11 @@
 // writes the value in fixed notation with that many decimals.
 
 #include "LibCore/error/tverror.h"
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvduration.h"
-#include "LibObject/object/tvid.h"
-#include "LibObject/object/tvsrl.h"
 #include "LibCore/log/tvdump.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvduration.h"
+#include "LibObject/core/tvid.h"
+#include "LibObject/object/tvsrl.h"
 
 #include <iomanip>
 #include <ostream>

@@ -7,9 +7,9 @@
 
 #include "LibCore/error/tverror.h"
 #include "LibCore/ptrarray/tvptrarray.h"
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvduration.h"
-#include "LibObject/object/tvid.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvduration.h"
+#include "LibObject/core/tvid.h"
 #include "LibObject/object/tvsrl.h"
 
 #include <ostream>

@@ -1,14 +1,13 @@
 // The maths database over a file in a temporary folder: sessions filling
 // and closing as "now" moves across days, exercises coming and going, the
-// record rule over stored runs, the reminders, the stored form and the
-// rotation of the background image.
+// record rule over stored runs, the stored form and the rotation of the
+// background image. The reminders are tested as the main window shows them.
 
 #include "AppTarvelloMaths/maths/mathsdb.h"
 
 #include "AppTarvelloMaths/maths/tests/mathstest.h"
 #include "LibCore/fileutils/tvfileutils.h"
-#include "LibDate/date/tvdateutils.h"
-#include "LibGui/base/tvnotifyitem.h"
+#include "LibDate/core/tvdateutils.h"
 
 #include <gtest/gtest.h>
 
@@ -329,60 +328,6 @@ TEST_F(MathsDBTest, BestTimeSkipsUnfinishedRunsAndATieIsNoRecord)
         if (!ids.empty()) {
             EXPECT_EQ(m_db->get_times(*m_db->get_go_id(ids.front())), times);
         }
-    }
-}
-
-TEST_F(MathsDBTest, RemindersAroundMidnight)
-{
-    struct Row {
-        const char* name;
-        std::vector<long> reminders; // seconds after midnight
-        long now;                    // seconds after today's midnight
-        long sessionStart;           // the same; -1 for no session
-        long late;                   // -1 for none
-        long next;                   // -1 for none
-    };
-    const long h = 3600;
-    const std::vector<Row> rows = {
-        {"NoRemindersNothing", {}, 12 * h, 7 * h, -1, -1},
-        {"MorningSessionMissedEight", {8 * h, 16 * h}, 12 * h, 7 * h, 8 * h, 16 * h},
-        {"SessionAfterEightIsOnTime", {8 * h, 16 * h}, 12 * h, 9 * h, -1, 16 * h},
-        {"NoSessionNoLateOne", {8 * h, 16 * h}, 12 * h, -1, -1, 16 * h},
-        {"AllPastNextIsTomorrow", {8 * h, 16 * h}, 23 * h + 3599, 7 * h, 16 * h, C_Day + 8 * h},
-        {"JustAfterMidnightYesterdayIsNotLate", {23 * h}, 60, -C_Day + 22 * h, -1, 23 * h},
-        {"ReminderAtMidnightFallsDueAtOnce", {0}, 0, -C_Day, 0, C_Day},
-        {"ExactlyNowIsLateAndTomorrowNext", {10 * h}, 10 * h, 9 * h, 10 * h, C_Day + 10 * h},
-    };
-    const TVDate midnight = TVDateUtils::start_day(TVDateUtils::now());
-    for (const Row& row : rows) {
-        SCOPED_TRACE(row.name);
-        m_db.reset();
-        ASSERT_TRUE(QFile::remove(QString::fromStdString(m_file)));
-        m_db = open();
-        for (long reminder : row.reminders)
-            m_db->edit_reminders().push_back(TVDuration(reminder));
-        if (row.sessionStart != -1) {
-            auto* session = new Session;
-            session->set_start(midnight + TVDuration(row.sessionStart));
-            ASSERT_EQ(m_db->add_object(session, m_db.get(), MathsDB::C_SessionTag, "", -1, ""),
-                      TVErrC_ok);
-        }
-        const TVDuration toNow = midnight + TVDuration(row.now) - TVDateUtils::now();
-        m_clock.advance(toNow.get_days() * C_Day + toNow.get_seconds());
-
-        std::vector<TVNotifyItem> expected;
-        const auto item = [&](long at, bool scheduled) {
-            const TVDate t = midnight + TVDuration(at);
-            expected.emplace_back("Reminder: " + t.to_string("%t") + " Maths Session",
-                                  TVId(800, -1, -1), 800, 50.0,
-                                  scheduled ? t : TVDate(TVDate::E_DateBlank));
-        };
-        if (row.late != -1)
-            item(row.late, false);
-        if (row.next != -1)
-            item(row.next, true);
-        EXPECT_EQ(m_db->reminder_notifications(), expected);
-        m_clock.set(C_Start, 0);
     }
 }
 

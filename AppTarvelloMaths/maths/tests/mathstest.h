@@ -7,8 +7,8 @@
 
 #include "AppTarvelloMaths/maths/go.h"
 #include "AppTarvelloMaths/maths/question.h"
-#include "LibCore/tests/tvtestclock.h"
-#include "LibObject/object/tests/tvobjecttest.h"
+#include "TestSupport/tvobjecttest.h"
+#include "TestSupport/tvtestclock.h"
 
 #include <sstream>
 #include <string>

@@ -3,7 +3,7 @@
 
 #include "AppTarvelloMaths/maths/question.h"
 
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvraise.h"
 
 #include <gtest/gtest.h>
 

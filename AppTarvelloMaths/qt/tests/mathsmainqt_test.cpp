@@ -10,6 +10,7 @@
 #include "AppTarvelloMaths/qt/exerciselistqt.h"
 #include "AppTarvelloMaths/qt/goexerciseqt.h"
 #include "AppTarvelloMaths/qt/tests/mathsqttest.h"
+#include "LibGui/base/tvnotifyitem.h"
 #include "LibGui/base/tvnotifylist.h"
 #include "LibGui/base/tvnotifyscheme.h"
 #include "LibGui/qt/tvguideqt.h"
@@ -20,6 +21,7 @@
 
 #include <QApplication>
 #include <QDialogButtonBox>
+#include <QFile>
 #include <QLabel>
 #include <QListWidget>
 #include <QPointer>
@@ -227,6 +229,75 @@ TEST_F(MathsMainQtTest, RemindersAreLateUntilASessionStartsAfterThemAndTheNextIs
         }
     }
     EXPECT_EQ(scheduled, 1);
+}
+
+// The reminder bar's items from the database's reminder times, with no
+// window: a fresh file for each row.
+class MathsRemindersTest : public MathsQtTest
+{
+protected:
+    static constexpr long C_Day = 86400;
+
+    void reopen_empty()
+    {
+        const std::string file = m_db->get_filename();
+        m_db.reset();
+        ASSERT_TRUE(QFile::remove(QString::fromStdString(file)));
+        m_db = std::make_unique<MathsDB>();
+        ASSERT_EQ(m_db->load(file, true, std::string(), true, true, true), TVErrC_ok);
+    }
+};
+
+TEST_F(MathsRemindersTest, RemindersAroundMidnight)
+{
+    struct Row {
+        const char* name;
+        std::vector<long> reminders; // seconds after midnight
+        long now;                    // seconds after today's midnight
+        long sessionStart;           // the same; -1 for no session
+        long late;                   // -1 for none
+        long next;                   // -1 for none
+    };
+    const long h = 3600;
+    const std::vector<Row> rows = {
+        {"NoRemindersNothing", {}, 12 * h, 7 * h, -1, -1},
+        {"MorningSessionMissedEight", {8 * h, 16 * h}, 12 * h, 7 * h, 8 * h, 16 * h},
+        {"SessionAfterEightIsOnTime", {8 * h, 16 * h}, 12 * h, 9 * h, -1, 16 * h},
+        {"NoSessionNoLateOne", {8 * h, 16 * h}, 12 * h, -1, -1, 16 * h},
+        {"AllPastNextIsTomorrow", {8 * h, 16 * h}, 23 * h + 3599, 7 * h, 16 * h, C_Day + 8 * h},
+        {"JustAfterMidnightYesterdayIsNotLate", {23 * h}, 60, -C_Day + 22 * h, -1, 23 * h},
+        {"ReminderAtMidnightFallsDueAtOnce", {0}, 0, -C_Day, 0, C_Day},
+        {"ExactlyNowIsLateAndTomorrowNext", {10 * h}, 10 * h, 9 * h, 10 * h, C_Day + 10 * h},
+    };
+    const TVDate midnight = TVDateUtils::start_day(TVDateUtils::now());
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        reopen_empty();
+        for (long reminder : row.reminders)
+            m_db->edit_reminders().push_back(TVDuration(reminder));
+        if (row.sessionStart != -1) {
+            auto* session = new Session;
+            session->set_start(midnight + TVDuration(row.sessionStart));
+            ASSERT_EQ(m_db->add_object(session, m_db.get(), MathsDB::C_SessionTag, "", -1, ""),
+                      TVErrC_ok);
+        }
+        const TVDuration toNow = midnight + TVDuration(row.now) - TVDateUtils::now();
+        m_clock.advance(toNow.get_days() * C_Day + toNow.get_seconds());
+
+        std::vector<TVNotifyItem> expected;
+        const auto item = [&](long at, bool scheduled) {
+            const TVDate t = midnight + TVDuration(at);
+            expected.emplace_back("Reminder: " + t.to_string("%t") + " Maths Session",
+                                  TVId(800, -1, -1), 800, 50.0,
+                                  scheduled ? t : TVDate(TVDate::E_DateBlank));
+        };
+        if (row.late != -1)
+            item(row.late, false);
+        if (row.next != -1)
+            item(row.next, true);
+        EXPECT_EQ(MathsMainQt::reminder_notifications(*m_db), expected);
+        m_clock.set(C_Start, 0);
+    }
 }
 
 TEST_F(MathsMainQtTest, ChoosingAReminderStartsANewSessionOnlyWhenNothingIsLeft)

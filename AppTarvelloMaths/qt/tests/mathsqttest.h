@@ -7,8 +7,8 @@
 #include "AppTarvelloMaths/maths/exercise.h"
 #include "AppTarvelloMaths/maths/go.h"
 #include "AppTarvelloMaths/maths/mathsdb.h"
-#include "LibCore/tests/tvraise.h"
-#include "LibCore/tests/tvtestclock.h"
+#include "TestSupport/tvraise.h"
+#include "TestSupport/tvtestclock.h"
 
 #include <gtest/gtest.h>
 

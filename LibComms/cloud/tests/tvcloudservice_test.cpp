@@ -8,7 +8,7 @@
 
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/fileutils/tvfileutils.h"
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvraise.h"
 
 #include <QTemporaryDir>
 

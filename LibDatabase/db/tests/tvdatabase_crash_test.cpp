@@ -7,7 +7,7 @@
 // (make crash KILLS=5000).
 
 #include "LibDatabase/db/tests/tvdbcrashscript.h"
-#include "LibDatabase/db/tests/tvdbfiletest.h"
+#include "TestSupport/tvdbfiletest.h"
 
 #include <QProcess>
 #include <QString>

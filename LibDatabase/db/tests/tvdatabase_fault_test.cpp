@@ -4,7 +4,7 @@
 // once or from there on (a crash), and what complete_operation had
 // returned for must load again.
 
-#include "LibDatabase/db/tests/tvdbfiletest.h"
+#include "TestSupport/tvdbfiletest.h"
 
 #include "LibCore/fileutils/tvfilefaults.h"
 #include "LibDatabase/db/tvdbsaver.h"

@@ -1,7 +1,7 @@
 // The database's files as written and read: ids, byte-stable round trips,
 // and damaged input, each with what survives on disk.
 
-#include "LibDatabase/db/tests/tvdbfiletest.h"
+#include "TestSupport/tvdbfiletest.h"
 
 #include "LibCore/fileutils/tvfilefaults.h"
 #include "LibCore/fileutils/tvfileutils.h"

@@ -2,7 +2,7 @@
 // on disk as in memory; a random run against a plain model of the replay;
 // and the edit lock.
 
-#include "LibDatabase/db/tests/tvdbfiletest.h"
+#include "TestSupport/tvdbfiletest.h"
 
 #include "LibCore/fileutils/tvfilefaults.h"
 #include "LibCore/fileutils/tvfileutils.h"

@@ -1,8 +1,8 @@
 #include "LibDatabase/db/tests/tvdbcrashscript.h"
 
 #include "LibCore/error/tverror.h"
-#include "LibDatabase/db/tests/tvdbtestnode.h"
 #include "LibDatabase/db/tvdatabase.h"
+#include "TestSupport/tvdbtestnode.h"
 
 #include <cstdlib>
 #include <iterator>

@@ -3,7 +3,7 @@
 
 #include "LibDatabase/db/tvdbheartbeat.h"
 
-#include "LibDate/date/tvdateutils.h"
+#include "LibDate/core/tvdateutils.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 // with the partial file, the list of an application's live databases, and
 // the model that refills its rows only when the database changed.
 
-#include "LibDatabase/db/tests/tvdbfiletest.h"
+#include "TestSupport/tvdbfiletest.h"
 
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvdbfactory.h"

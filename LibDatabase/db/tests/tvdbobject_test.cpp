@@ -3,9 +3,9 @@
 
 #include "LibDatabase/db/tvdbobject.h"
 
-#include "LibCore/tests/tvtestclock.h"
-#include "LibDatabase/db/tests/tvdbtestnode.h"
-#include "LibObject/object/tests/tvobjecttest.h"
+#include "TestSupport/tvdbtestnode.h"
+#include "TestSupport/tvobjecttest.h"
+#include "TestSupport/tvtestclock.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 
 #include "LibCore/fileutils/tvfilefaults.h"
 #include "LibCore/fileutils/tvfileutils.h"
-#include "LibDatabase/db/tests/tvdbfiletest.h"
+#include "TestSupport/tvdbfiletest.h"
 #include "LibDatabase/db/tvdbfilenames.h"
 #include "LibDatabase/db/tvlockfile.h"
 

@@ -5,7 +5,7 @@
 // of three devices ends with all three holding the same objects, the ones
 // a plain model of "the latest version wins" says.
 
-#include "LibDatabase/db/tests/tvdbfiletest.h"
+#include "TestSupport/tvdbfiletest.h"
 
 #include "LibComms/cloud/tvcloudinstance.h"
 #include "LibComms/cloud/tvlocalservice.h"
@@ -329,8 +329,9 @@ TEST_F(SyncTest, RandomRunOfThreeDevicesConvergesOnTheLatestVersionOfEachObject)
             }
             break;
         case 4:
-            if (at.db->can_undo())
+            if (at.db->can_undo()) {
                 ASSERT_EQ(at.db->undo(), TVErrC_ok) << take_messages();
+            }
             break;
         case 5:
             push(at);

@@ -3,8 +3,8 @@
 
 #include "LibDatabase/db/tvlockfile.h"
 
-#include "LibCore/tests/tvraise.h"
 #include "LibDatabase/db/tvcachename.h"
+#include "TestSupport/tvraise.h"
 
 #include <gtest/gtest.h>
 

@@ -2,8 +2,8 @@
 
 #include "LibDatabase/db/tvresolvecontainers.h"
 
-#include "LibCore/tests/tvraise.h"
-#include "LibDatabase/db/tests/tvdbtestnode.h"
+#include "TestSupport/tvdbtestnode.h"
+#include "TestSupport/tvraise.h"
 
 #include <gtest/gtest.h>
 

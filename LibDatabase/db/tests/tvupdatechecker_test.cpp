@@ -3,9 +3,9 @@
 
 #include "LibDatabase/db/tvupdatechecker.h"
 
-#include "LibCore/tests/tvtestclock.h"
-#include "LibDatabase/db/tests/tvdbtestnode.h"
 #include "LibDatabase/db/tvdbhost.h"
+#include "TestSupport/tvdbtestnode.h"
+#include "TestSupport/tvtestclock.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-// The load, create and unload flows on a maths file in a temporary home:
+// The load, create and unload flows on a file in a temporary home:
 // every row of the load table and every button of its boxes, the order of
 // recovery, the lock, and what closing leaves on the disk. The boxes are
 // answered by a script; a flow runs from the event loop until it ends.
@@ -103,7 +103,7 @@ TEST_F(LoadFlowTest, TempFilesAreDeletedOrLeftForQuit)
 TEST_F(LoadFlowTest, UnreadablePartialFileIsDeletedLosingTheChangesSinceTheLastFullSave)
 {
     {
-        MathsDB db;
+        TVDBQtTestDB db;
         ASSERT_EQ(db.load(m_file, false, "", true, true, true), TVErrC_ok);
         ASSERT_EQ(add(db, "Partial"), TVErrC_ok); // only in the partial file
     }
@@ -394,7 +394,7 @@ TEST_F(LoadFlowTest, UnloadAsksToSaveWithoutAutosaveAndDiscardLeavesNoPartialFil
 }
 
 // Claims a push is due, as a database with a linked copy behind it.
-class PushingDB : public MathsDB
+class PushingDB : public TVDBQtTestDB
 {
 public:
     bool needs_push() const override { return m_push; }

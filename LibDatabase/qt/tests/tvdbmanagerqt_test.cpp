@@ -1,12 +1,11 @@
 // The database window: the heartbeat and when it holds back, autosave
 // after a quiet spell, undo and redo with confirmation, and a throwaway
-// main window that opens a maths file after a killed process, edits,
+// main window that opens a file after a killed process, edits,
 // autosaves, undoes and closes it. Timers are fired by calling their
 // expiry slots; time moves only on the test's clock.
 
 #include "LibDatabase/qt/tvdbmanagerqt.h"
 
-#include "AppTarvelloMaths/maths/exercise.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/qt/tests/tvdbqttest.h"
@@ -115,7 +114,7 @@ TEST_F(ManagerTest, LoadRunsOneUpdateAndStartsTheTimersUnlessThePeriodIsZero)
     EXPECT_TRUE(m_window->detail_timer_active());
     EXPECT_EQ(m_window->get_last_update().get_time_t(), C_Start);
 
-    auto quiet = std::make_unique<MathsDB>();
+    auto quiet = std::make_unique<TVDBQtTestDB>();
     CountingWindow other(*quiet);
     ASSERT_EQ(m_db->unload(), TVErrC_ok);
     m_window->unlock();
@@ -130,13 +129,13 @@ TEST_F(ManagerTest, LoadRunsOneUpdateAndStartsTheTimersUnlessThePeriodIsZero)
 TEST_F(ManagerTest, UpdateIsHeldWhileEditingOrPausedByTheUserUntilOverdueAndNeverReentered)
 {
     start(60000);
-    Exercise* exercise = m_db->get_exercise_no(0);
-    ASSERT_EQ(m_db->edit_object(exercise->get_id(), false, 1), TVErrC_ok);
+    const int tables = node_id(*m_db, "Tables");
+    ASSERT_EQ(m_db->edit_object(tables, false, 1), TVErrC_ok);
     EXPECT_EQ(tick(), 0);
     EXPECT_TRUE(m_window->is_update_due());
     m_clock.advance(601);
     EXPECT_EQ(tick(), 1);
-    ASSERT_EQ(m_db->revert_object(exercise->get_id()), TVErrC_ok);
+    ASSERT_EQ(m_db->revert_object(tables), TVErrC_ok);
 
     m_window->set_ui_pause(true);
     press_key();
@@ -172,7 +171,7 @@ TEST_F(ManagerTest, AutosaveWaitsForFifteenQuietSeconds)
     EXPECT_TRUE(m_window->update_timer_active());
     EXPECT_EQ(tick(), 1);
     EXPECT_FALSE(m_db->changed_since_full_write());
-    MathsDB check;
+    TVDBQtTestDB check;
     ASSERT_EQ(check.read(m_file, false, false), TVErrC_ok);
     EXPECT_EQ(names(check), (std::set<std::string>{"Bonds", "Tables"}));
 }
@@ -213,7 +212,7 @@ TEST_F(ManagerTest, ClosingAsksAboutChangesAndQuitWithCancelKeepsTheWindow)
     EXPECT_FALSE(m_window->close());
     ASSERT_TRUE(drain([&] { return !m_window->isVisible(); }));
     EXPECT_FALSE(m_db->is_loaded());
-    MathsDB check;
+    TVDBQtTestDB check;
     ASSERT_EQ(check.read(m_file, false, false), TVErrC_ok);
     EXPECT_EQ(names(check).count("Bonds"), 1u);
 }
@@ -224,7 +223,7 @@ TEST_F(ManagerTest, SuspendSavesAndPausesTheHeartbeatUntilTheProgramComesBack)
     ASSERT_EQ(add(*m_db, "Bonds"), TVErrC_ok);
     m_window->app_state_changed(Qt::ApplicationSuspended);
     EXPECT_FALSE(m_db->changed_since_full_write());
-    MathsDB check;
+    TVDBQtTestDB check;
     ASSERT_EQ(check.read(m_file, false, false), TVErrC_ok);
     EXPECT_EQ(names(check).count("Bonds"), 1u);
     m_clock.advance(601);
@@ -354,7 +353,7 @@ TEST_F(ManagerTest, WindowRecoversAKilledSessionEditsAutosavesUndoesAndCloses)
     const pid_t child = fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
-        MathsDB db;
+        TVDBQtTestDB db;
         TVLockFile lock;
         if (istvwarn(lock.lock(m_file, false)) ||
             istvwarn(db.load(m_file, false, "", true, true, true)) ||
@@ -390,7 +389,7 @@ TEST_F(ManagerTest, WindowRecoversAKilledSessionEditsAutosavesUndoesAndCloses)
     EXPECT_FALSE(m_db->is_loaded());
     for (const std::string& title : titles)
         EXPECT_TRUE(title == "Load File" || title == "Undo") << title;
-    MathsDB check;
+    TVDBQtTestDB check;
     ASSERT_EQ(check.read(m_file, true, true), TVErrC_ok);
     EXPECT_EQ(names(check), (std::set<std::string>{"Survivor", "Tables"}));
 }

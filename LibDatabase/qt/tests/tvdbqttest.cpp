@@ -1,20 +1,16 @@
 #include "LibDatabase/qt/tests/tvdbqttest.h"
 
-#include "AppTarvelloMaths/maths/exercise.h"
 #include "LibDatabase/db/tvdbmanager.h"
 #include "LibDatabase/db/tvlockfile.h"
+#include "TestSupport/tvdbtestnode.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFile>
 
-#include <fstream>
-#include <sstream>
-
 void TVDBQtTest::SetUp()
 {
-    TVQuietErrorTest::SetUp();
-    ASSERT_TRUE(m_dir.isValid());
+    TVDBFileTest::SetUp();
     const std::string root = m_dir.path().toStdString();
     qputenv("XDG_DATA_HOME", QByteArray::fromStdString(root + "/data"));
     qputenv("XDG_CACHE_HOME", QByteArray::fromStdString(root + "/cache"));
@@ -23,7 +19,7 @@ void TVDBQtTest::SetUp()
     // Errors come back as values, so each case sees what survived.
     get_tverror()->set_action(TVActContinue, TVSevError);
     ASSERT_EQ(TVDBManager::get_default_filename(m_file, ""), TVErrC_ok);
-    m_db = std::make_unique<MathsDB>();
+    m_db = std::make_unique<TVDBQtTestDB>();
 }
 
 TVAppIdentity TVDBQtTest::identity()
@@ -39,34 +35,24 @@ void TVDBQtTest::TearDown()
 {
     m_db.reset();
     m_app.reset();
-    TVQuietErrorTest::TearDown();
+    TVDBFileTest::TearDown();
 }
 
-int TVDBQtTest::add(MathsDB& db, const std::string& name)
+int TVDBQtTest::node_id(const TVDatabase& db, const std::string& name)
 {
-    Exercise* exercise = nullptr;
-    const int result = db.create_exercise(exercise);
-    if (istvwarn(result))
-        return result;
-    exercise->set_name(name);
-    return db.complete_operation("Add " + name);
+    for (int i = 0; i < db.get_nobjects(); ++i)
+        if (const auto* node = dynamic_cast<const TVDBTestNode*>(db.get_object_by_index(i)))
+            if (!node->is_deleted() && node->m_name == name)
+                return node->get_id();
+    return -1;
 }
 
-std::set<std::string> TVDBQtTest::names(const MathsDB& db)
-{
-    std::set<std::string> found;
-    for (int i = 0; i < db.get_nexercises(); ++i)
-        if (!db.get_exercise_no(i)->is_deleted())
-            found.insert(db.get_exercise_no(i)->get_name());
-    return found;
-}
-
-void TVDBQtTest::write_file(const std::string& file, const std::set<std::string>& exercises)
+void TVDBQtTest::write_file(const std::string& file, const std::set<std::string>& nodes)
 {
     QFile::remove(QString::fromStdString(file));
-    MathsDB db;
+    TVDBQtTestDB db;
     ASSERT_EQ(db.load(file, true, std::string(), false, false, true), TVErrC_ok);
-    for (const std::string& name : exercises)
+    for (const std::string& name : nodes)
         ASSERT_EQ(add(db, name), TVErrC_ok);
     ASSERT_EQ(db.save(true, true, false), TVErrC_ok);
     ASSERT_EQ(db.unload(), TVErrC_ok);
@@ -100,18 +86,4 @@ void TVDBQtTest::leave_lock_behind(const std::string& file)
 std::string TVDBQtTest::scratch(const std::string& ext) const
 {
     return TVDatabase::get_scratch_name(m_file) + ext;
-}
-
-std::string TVDBQtTest::slurp(const std::string& file)
-{
-    std::ifstream in(file, std::ios::binary);
-    std::ostringstream all;
-    all << in.rdbuf();
-    return all.str();
-}
-
-void TVDBQtTest::spill(const std::string& file, const std::string& text)
-{
-    std::ofstream out(file, std::ios::binary | std::ios::trunc);
-    out << text;
 }

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "LibDatabase/tvdb/tests/tvdbrun.h"
+#include "TestSupport/tvdbrun.h"
 
 TEST(TVDBDateTest, AnswersFromTheCalendar)
 {

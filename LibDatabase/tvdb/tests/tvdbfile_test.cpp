@@ -1,10 +1,10 @@
 // tvdb check, dump and log end to end: a file written by the engine in a
 // temporary folder, read by the built tool; and files it must refuse.
 
-#include "LibCore/tests/tvraise.h"
-#include "LibCore/tests/tvtestclock.h"
 #include "LibDatabase/db/tvdatabase.h"
-#include "LibDatabase/tvdb/tests/tvdbrun.h"
+#include "TestSupport/tvdbrun.h"
+#include "TestSupport/tvraise.h"
+#include "TestSupport/tvtestclock.h"
 
 #include <QTemporaryDir>
 #include <QtGlobal>

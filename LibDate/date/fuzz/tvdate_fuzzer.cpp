@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "LibDate/core/tvdateutils.h"
 #include "LibDate/date/fuzz/tvdatefuzzcheck.h"
-#include "LibDate/date/tvdateutils.h"
 
 namespace {
 

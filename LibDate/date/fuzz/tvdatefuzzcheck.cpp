@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvdateutils.h"
+#include "LibDate/core/tvlocale.h"
 #include "LibDate/date/tvdateexp.h"
 #include "LibDate/date/tvdateparser.h"
-#include "LibDate/date/tvdateutils.h"
-#include "LibDate/date/tvlocale.h"
 
 namespace {
 

@@ -6,8 +6,8 @@
 #include <random>
 #include <string>
 
+#include "LibDate/core/tvdatedetails.h"
 #include "LibDate/date/tests/tvdateexptest.h"
-#include "LibDate/date/tvdatedetails.h"
 
 namespace {
 

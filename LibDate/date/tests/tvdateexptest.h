@@ -8,9 +8,9 @@
 #include <sstream>
 #include <string>
 
-#include "LibDate/date/tests/tvdatetestenv.h"
 #include "LibDate/date/tvdateexp.h"
 #include "LibDate/date/tvdateparser.h"
+#include "TestSupport/tvdatetestenv.h"
 
 class TVDateExpTest : public TVDateTest
 {

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "LibCore/tests/tvparamtest.h"
-#include "LibCore/tests/tvtestclock.h"
-#include "LibDate/date/tvduration.h"
+#include "LibDate/core/tvduration.h"
+#include "TestSupport/tvparamtest.h"
+#include "TestSupport/tvtestclock.h"
 
 namespace {
 

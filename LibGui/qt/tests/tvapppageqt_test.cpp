@@ -7,7 +7,7 @@
 #include <QTest>
 
 #include "LibCore/application/tvapplication.h"
-#include "LibCore/tests/tvraise.h"
+#include "TestSupport/tvraise.h"
 
 namespace {
 

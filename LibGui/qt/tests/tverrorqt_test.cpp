@@ -5,8 +5,8 @@
 #include <QLabel>
 
 #include "LibCore/error/tverror.h"
-#include "LibCore/tests/tvraise.h"
 #include "LibGui/qt/tvmessageboxscript.h"
+#include "TestSupport/tvraise.h"
 
 namespace {
 

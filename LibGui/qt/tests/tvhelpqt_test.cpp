@@ -5,9 +5,9 @@
 #include <QLabel>
 #include <QTextDocument>
 
-#include "LibCore/tests/tvraise.h"
 #include "LibGui/qt/tvguideqt.h"
 #include "LibGui/qt/tvmainwindowqt.h"
+#include "TestSupport/tvraise.h"
 
 namespace {
 

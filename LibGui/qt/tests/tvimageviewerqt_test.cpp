@@ -8,8 +8,8 @@
 #include <QWidget>
 #include <cmath>
 
-#include "LibCore/tests/tvraise.h"
 #include "LibGui/qt/tvgraphicssceneqt.h"
+#include "TestSupport/tvraise.h"
 
 namespace {
 

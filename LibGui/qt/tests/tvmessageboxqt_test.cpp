@@ -8,12 +8,12 @@
 #include <QTextEdit>
 #include <QTimer>
 
-#include "LibCore/tests/tvraise.h"
 #include "LibCore/error/tverror.h"
 #include "LibGui/base/tvmessagebox.h"
 #include "LibGui/qt/tverrorqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibGui/qt/tvmessageboxscript.h"
+#include "TestSupport/tvraise.h"
 
 namespace {
 

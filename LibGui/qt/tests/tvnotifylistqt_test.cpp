@@ -9,11 +9,11 @@
 #include <QTest>
 #include <QToolButton>
 
-#include "LibCore/tests/tvraise.h"
-#include "LibCore/tests/tvtestclock.h"
 #include "LibGui/qt/tvnotifybarqt.h"
 #include "LibGui/qt/tvnotifydialogqt.h"
 #include "LibGui/qt/tvtreewidgetqt.h"
+#include "TestSupport/tvraise.h"
+#include "TestSupport/tvtestclock.h"
 
 namespace {
 

@@ -11,12 +11,12 @@
 #include <QStackedWidget>
 #include <QTest>
 
-#include "LibCore/tests/tvparamtest.h"
+#include "LibDate/core/tvlocale.h"
 #include "LibGui/base/tvnotifylist.h"
-#include "LibDate/date/tvlocale.h"
 #include "LibGui/qt/tvlocaleqt.h"
 #include "LibGui/qt/tvnotifysettingsqt.h"
 #include "LibGui/qt/tvsettingsformqt.h"
+#include "TestSupport/tvparamtest.h"
 
 namespace {
 

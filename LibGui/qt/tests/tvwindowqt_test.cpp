@@ -13,10 +13,10 @@
 
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/ptrarray/tvidstring.h"
-#include "LibCore/tests/tvparamtest.h"
-#include "LibCore/tests/tvtestclock.h"
 #include "LibGui/qt/tvdialogqt.h"
 #include "LibGui/qt/tvmainwindowqt.h"
+#include "TestSupport/tvparamtest.h"
+#include "TestSupport/tvtestclock.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "LibObject/object/tvobjectindex.h"
 
-#include "LibObject/object/tests/tvobjecttest.h"
 #include "LibObject/object/tests/tvtestitem.h"
+#include "TestSupport/tvobjecttest.h"
 
 #include <gtest/gtest.h>
 

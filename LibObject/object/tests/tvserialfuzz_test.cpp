@@ -4,7 +4,7 @@
 
 #include "LibObject/object/fuzz/tvserialfuzzcheck.h"
 
-#include "LibObject/object/tests/tvobjecttest.h"
+#include "TestSupport/tvobjecttest.h"
 
 #include <gtest/gtest.h>
 

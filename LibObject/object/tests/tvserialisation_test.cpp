@@ -3,8 +3,8 @@
 
 #include "LibObject/object/tvobject.h"
 
-#include "LibObject/object/tests/tvobjecttest.h"
 #include "LibObject/object/tests/tvtestitem.h"
+#include "TestSupport/tvobjecttest.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "LibObject/object/tvserialisationentry.h"
 
-#include "LibObject/object/tests/tvobjecttest.h"
+#include "TestSupport/tvobjecttest.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 #include "LibObject/object/tvconnectiondata.h"
 
-#include "LibObject/object/tests/tvobjecttest.h"
 #include "LibObject/object/tvsignalint.h"
 #include "LibObject/object/tvsignalobject.h"
 #include "LibObject/object/tvsignalvoid.h"
+#include "TestSupport/tvobjecttest.h"
 
 #include <gtest/gtest.h>
 

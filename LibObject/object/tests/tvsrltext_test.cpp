@@ -2,7 +2,7 @@
 // every stored file holds their text, so it must be the stream's byte for
 // byte, and a text not in the plain form must mean what the stream reads.
 
-#include "LibDate/date/tvdate.h"
+#include "LibDate/core/tvdate.h"
 #include "LibObject/object/tvsrlvalue.h"
 
 #include <gtest/gtest.h>

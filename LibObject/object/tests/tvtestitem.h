@@ -22,11 +22,11 @@
 
 #include "LibCore/ptrarray/tvptrarray.h"
 #include "LibCore/ptrarray/tvptrarrayindex.h"
-#include "LibDate/date/tvdate.h"
-#include "LibDate/date/tvduration.h"
+#include "LibDate/core/tvdate.h"
+#include "LibDate/core/tvduration.h"
+#include "LibObject/core/tvid.h"
 #include "LibObject/object/tests/tvtestbase.h"
 #include "LibObject/object/tests/tvtestnote.h"
-#include "LibObject/object/tvid.h"
 
 #include <string>
 #include <vector>
