@@ -13,6 +13,7 @@
 #include "LibDatabase/tvdb/tvdbdatecommand.h"
 #include "LibDatabase/tvdb/tvdbdumpcommand.h"
 #include "LibDatabase/tvdb/tvdblogcommand.h"
+#include "LibDatabase/tvdb/tvdbrepeatcommand.h"
 #include "LibDatabase/tvdb/tvdbreportcommand.h"
 
 namespace {
@@ -25,6 +26,7 @@ std::vector<std::unique_ptr<TVDBCommand>> make_commands()
     commands.push_back(std::make_unique<TVDBDumpCommand>());
     commands.push_back(std::make_unique<TVDBLogCommand>());
     commands.push_back(std::make_unique<TVDBReportCommand>());
+    commands.push_back(std::make_unique<TVDBRepeatCommand>());
     return commands;
 }
 
