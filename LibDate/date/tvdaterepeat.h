@@ -86,7 +86,7 @@
 // configuration is compiled again when used with another.
 //
 // Loops are bounded: next_date skips at most C_MaxExcludedSteps excluded
-// occurrences, and a generation makes at most C_MaxSlots slots.
+// occurrences, and a generation takes at most C_MaxSlots steps.
 //
 // Not thread-safe, like every TVObject; reads now() and the locale.
 
