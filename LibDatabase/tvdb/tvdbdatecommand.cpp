@@ -1,44 +1,13 @@
 #include "LibDatabase/tvdb/tvdbdatecommand.h"
 
-#include <cctype>
 #include <ostream>
 
+#include "LibDatabase/tvdb/tvdbdatesettings.h"
 #include "LibDate/core/tvdate.h"
-#include "LibDate/core/tvdateutils.h"
-#include "LibDate/core/tvlocale.h"
 #include "LibDate/date/tvdateexp.h"
 #include "LibDate/date/tvdateparser.h"
 
 namespace {
-
-// The day format entry of TVLocale::C_Option that stands for each date
-// style: "mm/dd/yy", "dd/mm/yy", "yyyy-mm-dd".
-const int C_StyleFormat[] = {4, 0, 7};
-const int C_StyleCount = 3;
-
-// The moment that --base makes "now".
-long s_baseSeconds = 0;
-
-void base_clock(long& seconds, int& micro)
-{
-    seconds = s_baseSeconds;
-    micro = 0;
-}
-
-long seconds_since_1970(const TVDate& date)
-{
-    const int epochYear = 1970;
-    return (date - TVDate(epochYear, 0, 0, 0, TVDate::C_GMT)).get_as_seconds();
-}
-
-// "-x" and "--word" are options; "-", "-1", "+2" and "-.5" are words of
-// the expression.
-bool is_option(const std::string& arg)
-{
-    if (arg.size() < 2 || arg[0] != '-')
-        return false;
-    return arg[1] == '-' || std::isalpha(static_cast<unsigned char>(arg[1])) != 0;
-}
 
 struct Options
 {
@@ -82,7 +51,7 @@ int TVDBDateCommand::run(const std::vector<std::string>& args, std::ostream& out
     bool optionsEnded = false;
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
-        if (optionsEnded || !is_option(arg)) {
+        if (optionsEnded || !TVDBDateSettings::is_option(arg)) {
             options.m_words.push_back(arg);
             continue;
         }
@@ -124,9 +93,7 @@ int TVDBDateCommand::run(const std::vector<std::string>& args, std::ostream& out
             options.m_hasBase = true;
         } else if (option == "--format") {
             options.m_format = value;
-        } else if (value.size() == 1 && value[0] >= '0' && value[0] < '0' + C_StyleCount) {
-            options.m_style = value[0] - '0';
-        } else {
+        } else if (!TVDBDateSettings::read_style(value, options.m_style)) {
             err << "tvdb date: option '--style' takes 0, 1 or 2, not '" << value << "'\n";
             return C_ExitUsage;
         }
@@ -141,19 +108,12 @@ int TVDBDateCommand::run(const std::vector<std::string>& args, std::ostream& out
     }
 
     tv_install_date_parser();
-    if (options.m_style >= 0)
-        tvlocale()->set_day_format(C_StyleFormat[options.m_style]);
+    TVDBDateSettings::use_style(options.m_style);
 
     TVDate base;
-    if (options.m_hasBase) {
-        TVDate today = TVDateUtils::start_day(TVDateUtils::now());
-        base = TVDateParser::parse_date(options.m_base).apply(today, nullptr);
-        if (!base.is_ok()) {
-            err << "tvdb date: cannot read the base date '" << options.m_base << "'\n";
-            return C_ExitUsage;
-        }
-        s_baseSeconds = seconds_since_1970(base);
-        TVDateUtils::set_clock(&base_clock);
+    if (options.m_hasBase && !TVDBDateSettings::use_base(options.m_base, base)) {
+        err << "tvdb date: cannot read the base date '" << options.m_base << "'\n";
+        return C_ExitUsage;
     }
 
     std::string text;

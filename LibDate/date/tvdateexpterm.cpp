@@ -9,6 +9,7 @@
 #include "LibDate/core/tvdatedetails.h"
 #include "LibDate/core/tvdateutils.h"
 #include "LibDate/core/tvlocale.h"
+#include "LibDate/date/tvrepeatconfig.h"
 
 namespace {
 
@@ -62,13 +63,11 @@ void set_special(TVDateDetails& d, int year)
     d.recalculate();
 }
 
-// Repeat configurations with named work-day sets come with the repeat
-// rules; until then every tag means Monday to Friday. The one place to ask.
+// The one place that asks whether a day is a work day: the set the tag
+// names in the configuration, or Monday to Friday without one.
 bool passes_workday(const TVDateDetails& d, const TVRepeatConfig* config, const std::string& tag)
 {
-    (void)config;
-    (void)tag;
-    return TVDateDetails::is_workday(d);
+    return config != nullptr ? config->is_workday(d, tag) : TVDateDetails::is_workday(d);
 }
 
 // Day, month and year of now() in its own zone, moved by offset days.

@@ -86,3 +86,62 @@ TEST(TVDBDateTest, HelpListsTheCommands)
     EXPECT_EQ(0, dateHelp.m_exitCode);
     EXPECT_NE(std::string::npos, dateHelp.m_out.find("--base DATE"));
 }
+
+TEST(TVDBRepeatTest, NextDatesFromTheCalendar)
+{
+    // 1 March 2021 is a Monday; day-first dates unless --style says else.
+    struct Row
+    {
+        const char* m_name;
+        std::vector<std::string> m_args;
+        const char* m_out;
+    };
+    const Row rows[] = {
+        {"fortnightly on Monday and Thursday",
+         {"repeat", "T=3@N=2@D=1,4@A=32400", "--from", "1/3/2021 9:00", "--count", "4"},
+         "2021-03-04 09:00:00\n2021-03-15 09:00:00\n2021-03-18 09:00:00\n2021-03-29 09:00:00\n"},
+        {"five by default", {"repeat", "--from=1/3/2021", "T=2@N=7"},
+         "2021-03-08 00:00:00\n2021-03-15 00:00:00\n2021-03-22 00:00:00\n2021-03-29 00:00:00\n"
+         "2021-04-05 00:00:00\n"},
+        {"words as separate arguments, own format",
+         {"repeat", "--from", "1/3/2021", "--count", "3", "--format", "%a %d", "T=2@X=03", "Mar",
+          "2021"},
+         "Tue 02\nThu 04\nFri 05\n"},
+        {"month first", {"repeat", "--style", "0", "--from", "3/1/2021", "--count", "1", "T=4@D=14"},
+         "2021-03-15 00:00:00\n"},
+        {"in words", {"repeat", "--natural", "T=3@N=2@D=1,4@A=32400"},
+         "Every 2 weeks on Mon, Thu at 09:00.\n"},
+        {"no next date", {"repeat", "T=0"}, ""},
+    };
+    for (const Row& row : rows) {
+        TVDBRun run = run_tvdb(row.m_args);
+        EXPECT_EQ(0, run.m_exitCode) << row.m_name << ": " << run.m_err;
+        EXPECT_EQ(row.m_out, run.m_out) << row.m_name;
+    }
+}
+
+TEST(TVDBRepeatTest, FailuresSayWhy)
+{
+    struct Row
+    {
+        const char* m_name;
+        std::vector<std::string> m_args;
+        const char* m_errPart;
+    };
+    const Row rows[] = {
+        {"a rule that doesn't read", {"repeat", "T=3@Q=1"}, "I do not understand Q=1 in T=3@Q=1"},
+        {"an older form that doesn't read", {"repeat", "REPEAT_DAYS(x)"},
+         "REPEAT_DAYS(x) should be of the form \"REPEAT_DAYS(D)\""},
+        {"a count that isn't one", {"repeat", "--count", "-1", "T=2"}, "'-1'"},
+        {"a date that isn't one", {"repeat", "--from", "FOO", "T=2"}, "'FOO'"},
+        {"no rule", {"repeat"}, "no rule"},
+    };
+    for (const Row& row : rows) {
+        TVDBRun run = run_tvdb(row.m_args);
+        EXPECT_EQ(2, run.m_exitCode) << row.m_name;
+        EXPECT_EQ("", run.m_out) << row.m_name;
+        EXPECT_NE(std::string::npos, run.m_err.find(row.m_errPart))
+            << row.m_name << ": " << run.m_err;
+    }
+    EXPECT_NE(std::string::npos, run_tvdb({"--help"}).m_out.find("  repeat "));
+}

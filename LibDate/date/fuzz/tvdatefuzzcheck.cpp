@@ -15,9 +15,11 @@ const int C_StyleFormats[] = {4, 0, 7};
 // Monday 15 March 2021 00:00 GMT, the middle of the bases tried.
 const long C_BaseMiddle = 1615766400L;
 
+} // namespace
+
 // The exact forms of the two dates that aren't moments, or a real date
 // with every field in range.
-std::string malformed(const TVDate& date)
+std::string tv_date_fuzz_malformed(const TVDate& date)
 {
     if (date.is_blank() || date.is_invalid()) {
         if (date.get_day_of_year() != 0 || date.get_second_of_day() != 0 ||
@@ -34,8 +36,6 @@ std::string malformed(const TVDate& date)
         return "day of the year out of range";
     return std::string();
 }
-
-} // namespace
 
 TVDateFuzzResult tv_date_fuzz_check(const uint8_t* data, size_t size)
 {
@@ -57,7 +57,7 @@ TVDateFuzzResult tv_date_fuzz_check(const uint8_t* data, size_t size)
     base.set_time_t(C_BaseMiddle + offset, TVDate::C_DefaultTime);
     const TVDateExp exp = TVDateParser::parse_date(out.text);
     const TVDate date = exp.apply(base, nullptr);
-    std::string fault = malformed(date);
+    std::string fault = tv_date_fuzz_malformed(date);
     if (!fault.empty()) {
         out.fault = "The expression gave " + fault + ".";
         return out;
@@ -71,7 +71,7 @@ TVDateFuzzResult tv_date_fuzz_check(const uint8_t* data, size_t size)
     }
 
     const std::string written = exp.to_string();
-    fault = malformed(TVDateParser::parse_date(written).apply(base, nullptr));
+    fault = tv_date_fuzz_malformed(TVDateParser::parse_date(written).apply(base, nullptr));
     if (!fault.empty())
         out.fault = "The expression's text \"" + written + "\" gave " + fault + ".";
     return out;

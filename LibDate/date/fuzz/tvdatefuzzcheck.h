@@ -34,4 +34,10 @@ struct TVDateFuzzResult
 
 TVDateFuzzResult tv_date_fuzz_check(const uint8_t* data, size_t size);
 
+class TVDate;
+
+// What is wrong with a date that an evaluation gave: "" for the exact blank
+// or invalid date and for a real one with every field in range.
+std::string tv_date_fuzz_malformed(const TVDate& date);
+
 #endif // TVDATEFUZZCHECK_H
