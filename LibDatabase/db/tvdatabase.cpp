@@ -1,6 +1,7 @@
 #include "LibDatabase/db/tvdatabase.h"
 
 #include "LibDatabase/db/tvdatabase_p.h"
+#include "LibDatabase/db/tvdatabasehost.h"
 #include "LibDatabase/db/tvdbeditor.h"
 #include "LibDatabase/db/tvdbfilenames.h"
 #include "LibDatabase/db/tvdbloader.h"
@@ -72,69 +73,13 @@ const char* const TVDatabase::C_EditTrigger = "edit";
 namespace {
 constexpr const char* C_ClassName = "TVDatabase";
 const TVObjectPreReg s_preReg(C_ClassName, TVDatabase::create_tvobject);
-
-
-// The host through which the objects below this layer ask their database.
-// The change question comes from TVUpdateChecker's thread, so it is
-// answered by the process-wide counter, which is atomic: with one database
-// per process it is the database's own clock, at worst early by a tick.
-class Host : public TVDBHost
-{
-public:
-    long last_db_update(const TVDatabase&) const override
-    {
-        return TVUpdateCounter::get_counter(false);
-    }
-    long last_structure_change(const TVDatabase& db) const override
-    {
-        return db.get_last_structure_change();
-    }
-    void record_structure_change(TVDatabase& db, long counter) const override
-    {
-        db.set_last_structure_change(counter);
-    }
-    int appfileversion(const TVDatabase& db) const override { return db.get_appfileversion(); }
-    void object_updated(const TVDatabase* db, int id) const override;
-};
-const Host s_host;
-const bool s_hostInstalled = (TVDBHost::install(&s_host), true);
-
-
-// The databases alive: a copy of an object may outlive its database and
-// still be stamped, and must not reach it then.
-std::mutex& live_lock()
-{
-    static std::mutex lock;
-    return lock;
-}
-std::set<const TVDatabase*>& live_databases()
-{
-    static std::set<const TVDatabase*> live;
-    return live;
-}
-
-void Host::object_updated(const TVDatabase* db, int id) const
-{
-    const std::lock_guard<std::mutex> lock(live_lock());
-    if (live_databases().count(db) != 0)
-        const_cast<TVDatabase*>(db)->note_changed(id);
-}
-
 } // namespace
-
-const TVDBHost* tv_database_host()
-{
-    return &s_host;
-}
 
 // ---- Construction ----------------------------------------------------------------
 
 TVDatabase::TVDatabase() : d(std::make_unique<TVDatabaseImpl>())
 {
-    {
-        const std::lock_guard<std::mutex> lock(live_lock());
-        live_databases().insert(this);
-    }
+    TVDatabaseHost::born(this);
     d->m_writeTime = TVDateUtils::blank_date();
     // The database's own id is the first it gives out: always 0.
     const int id = allocate_id();
@@ -145,10 +90,7 @@ TVDatabase::TVDatabase() : d(std::make_unique<TVDatabaseImpl>())
 TVDatabase::~TVDatabase()
 {
     stop_recalc_thread();
-    {
-        const std::lock_guard<std::mutex> lock(live_lock());
-        live_databases().erase(this);
-    }
+    TVDatabaseHost::gone(this);
     clear_objects();
 }
 
@@ -508,25 +450,7 @@ int TVDatabase::append_values(TVDBObject&, const TVDBObject&)
 
 int TVDatabase::add_external(int type, const std::string& name, int mode, TVExternalDB*& out)
 {
-    try {
-        out = new TVExternalDB(type, name);
-        d->m_external.add(out);
-        mark_changed(TVLOCATION, true);
-        if (mode == 0)
-            TV_PASS_ON(push(*out, false));
-        else if (mode == 1) {
-            // Nothing of the user's here yet: the shared data simply comes in.
-            d->m_writeTime = TVDateUtils::blank_date();
-            d->m_writeHost.clear();
-            std::string details;
-            TV_PASS_ON(pull(*out, false, details));
-        } else {
-            TV_PASS_ON(pull_all(false));
-        }
-        return TVErrC_ok;
-    } catch (const TVErrDetails&) {
-        tv_trail_throw(TVLOCATION);
-    }
+    return TVDBSync(*this).add_external(type, name, mode, out);
 }
 
 void TVDatabase::remove_external(int type)
@@ -615,57 +539,27 @@ int TVDatabase::sync_state() const
 
 bool TVDatabase::is_syncing() const
 {
-    for (TVExternalDB* link : d->m_external)
-        if (link->download_in_progress() || link->upload_in_progress())
-            return true;
-    return false;
+    return TVDBSync(const_cast<TVDatabase&>(*this)).is_syncing();
 }
 
 bool TVDatabase::needs_push() const
 {
-    // With no link there is nowhere to push to.
-    const bool changed = !d->m_external.empty() && db_has_changed_since(d->m_lastFullWrite);
-    if (!changed)
-        return false;
-    // Asked as the links have always been asked; a date is never later
-    // than itself, so the change is what decides.
-    for (TVExternalDB* link : d->m_external)
-        if (link->should_push(link->get_lastpushtime()) && link->is_available())
-            return true;
-    return changed;
+    return TVDBSync(const_cast<TVDatabase&>(*this)).needs_push();
 }
 
 bool TVDatabase::has_ext_data() const
 {
-    for (TVExternalDB* link : d->m_external)
-        if (link->has_data())
-            return true;
-    return false;
+    return TVDBSync(const_cast<TVDatabase&>(*this)).has_ext_data();
 }
 
 int TVDatabase::get_cloud_state() const
 {
-    if (d->m_external.empty())
-        return 4;
-    std::vector<int> states;
-    for (TVExternalDB* link : d->m_external)
-        states.push_back(link->get_state());
-    for (int state : {1, 0, 3, 2})
-        if (std::find(states.begin(), states.end(), state) != states.end())
-            return state;
-    return 4;
+    return TVDBSync(const_cast<TVDatabase&>(*this)).cloud_state();
 }
 
 std::string TVDatabase::get_merge_details() const
 {
-    const std::string separator = "--------------\n";
-    std::string text;
-    for (TVExternalDB* link : d->m_external) {
-        if (!text.empty())
-            text += separator;
-        text += link->get_details() + "\n" + link->debug_info();
-    }
-    return text + separator + tvlog()->read(C_DatabaseService);
+    return TVDBSync(const_cast<TVDatabase&>(*this)).merge_details();
 }
 
 int TVDatabase::import_db(const std::string& file, const std::string*)
@@ -746,7 +640,7 @@ std::vector<const TVDBObject*> TVDatabase::changed_objects(long since) const
     // one installed (a test's) they can't.
     return d->m_journal.changed(
         since, d->m_objects, [this](int id) { return find_object(id); },
-        TVDBHost::installed() == tv_database_host());
+        TVDBHost::installed() == TVDatabaseHost::instance());
 }
 
 // ---- Identity ------------------------------------------------------------------------

@@ -20,7 +20,6 @@
 #include <map>
 #include <string>
 
-class TVDBHost;
 
 struct TVDatabase::TVDatabaseImpl {
     TVPtrArray<TVDBObject> m_objects{true}; // owning, in file order
@@ -87,8 +86,5 @@ struct TVDatabase::TVDatabaseImpl {
     bool m_pauseBackground = false; // under m_pauseLock
 };
 
-// The host through which this layer's objects reach their database; the
-// change journal can be trusted only while it is the one installed.
-const TVDBHost* tv_database_host();
 
 #endif // TVDATABASE_P_H

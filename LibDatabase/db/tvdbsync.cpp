@@ -8,8 +8,10 @@
 #include "LibDatabase/db/tvdatabase_p.h"
 #include "LibDatabase/db/tvdbreader.h"
 #include "LibDatabase/db/tvexternaldb.h"
+#include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvtrail.h"
 
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <utility>
@@ -32,6 +34,86 @@ void TVDBSync::log(const std::string& text) const
 {
     if (istvwarn(tvlog()->log(TVDatabase::C_DatabaseService, text)))
         get_tverror()->clear_last_error();
+}
+
+// ---- The links ---------------------------------------------------------------------
+
+int TVDBSync::add_external(int type, const std::string& name, int mode, TVExternalDB*& out)
+{
+    try {
+        out = new TVExternalDB(type, name);
+        d->m_external.add(out);
+        m_db.mark_changed(TVLOCATION, true);
+        if (mode == 0)
+            TV_PASS_ON(push(*out, false));
+        else if (mode == 1) {
+            // Nothing of the user's here yet: the shared data simply comes in.
+            d->m_writeTime = TVDateUtils::blank_date();
+            d->m_writeHost.clear();
+            std::string details;
+            TV_PASS_ON(pull(*out, false, details));
+        } else {
+            TV_PASS_ON(pull_all(false));
+        }
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+bool TVDBSync::is_syncing() const
+{
+    for (TVExternalDB* link : d->m_external)
+        if (link->download_in_progress() || link->upload_in_progress())
+            return true;
+    return false;
+}
+
+bool TVDBSync::needs_push() const
+{
+    // With no link there is nowhere to push to.
+    const bool changed = !d->m_external.empty() && m_db.db_has_changed_since(d->m_lastFullWrite);
+    if (!changed)
+        return false;
+    // Asked as the links have always been asked; a date is never later
+    // than itself, so the change is what decides.
+    for (TVExternalDB* link : d->m_external)
+        if (link->should_push(link->get_lastpushtime()) && link->is_available())
+            return true;
+    return changed;
+}
+
+bool TVDBSync::has_ext_data() const
+{
+    for (TVExternalDB* link : d->m_external)
+        if (link->has_data())
+            return true;
+    return false;
+}
+
+int TVDBSync::cloud_state() const
+{
+    if (d->m_external.empty())
+        return 4;
+    std::vector<int> states;
+    for (TVExternalDB* link : d->m_external)
+        states.push_back(link->get_state());
+    for (int state : {1, 0, 3, 2})
+        if (std::find(states.begin(), states.end(), state) != states.end())
+            return state;
+    return 4;
+}
+
+std::string TVDBSync::merge_details() const
+{
+    const std::string separator = "--------------\n";
+    std::string text;
+    for (TVExternalDB* link : d->m_external) {
+        if (!text.empty())
+            text += separator;
+        text += link->get_details() + "\n" + link->debug_info();
+    }
+    return text + separator + tvlog()->read(TVDatabase::C_DatabaseService);
 }
 
 // ---- Pushing ------------------------------------------------------------------------

@@ -30,6 +30,15 @@ class TVDBSync
 public:
     explicit TVDBSync(TVDatabase& db);
 
+    // TVDatabase's link operations and questions; see tvdatabase.h.
+    [[nodiscard]] int add_external(int type, const std::string& name, int mode,
+                                   TVExternalDB*& out);
+    bool is_syncing() const;
+    bool needs_push() const;
+    bool has_ext_data() const;
+    int cloud_state() const;
+    std::string merge_details() const;
+
     // Writes the database to every link (manual ones with
     // include_manual); a link that fails with a warning doesn't stop the
     // others, an error does.
