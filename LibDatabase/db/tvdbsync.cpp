@@ -381,8 +381,11 @@ int TVDBSync::merge(const TVDatabase& other, std::string& details)
                 continue;
             copy.release();
             // Renumbered here: the new version takes our number for it.
-            if (object->get_id() != local->get_id())
+            if (object->get_id() != local->get_id()) {
+                const TVDate modified = object->get_modify_time();
                 object->set_id(local->get_id(), object->get_create_time(), false);
+                object->set_modify_time(modified);
+            }
             // The old version may still be held by a window: it is kept
             // until the objects are next dropped.
             d->m_retired.add(d->m_objects.remove(at));
