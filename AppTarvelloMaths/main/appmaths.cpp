@@ -7,6 +7,7 @@
 #include "AppTarvelloMaths/maths/mathsdb.h"
 #include "AppTarvelloMaths/qt/art/mathsimages.h"
 #include "AppTarvelloMaths/qt/mathsmainqt.h"
+#include "LibComms/cloud/tvcloudservice.h"
 #include "LibCore/error/tverror.h"
 #include "LibCore/log/tvdump.h"
 #include "LibCore/param/tvparamcmdline.h"
@@ -81,7 +82,8 @@ int AppMaths::run()
             m_mathsDB = m_openRequest;
         // Reminders and schedules read dates as text.
         tv_install_date_parser();
-        // No cloud service is built in: files are shared through the file system.
+        // The shared folder's service and the others, before the file comes in.
+        TV_PASS_ON(TVCloudService::start_services(std::string(), std::string()));
         m_db = std::make_unique<MathsDB>();
         MathsDB::add_database(m_db.get());
         m_mainWindow = new MathsMainQt(*m_db, nullptr);

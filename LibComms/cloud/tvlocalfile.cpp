@@ -10,9 +10,11 @@ TVLocalFile::TVLocalFile(const std::string& name)
     set_filename(name);
 }
 
+// Without a chosen folder there is nowhere to write: the link is off,
+// never a file beside the root.
 bool TVLocalFile::is_available()
 {
-    return TVWindow::has_cloudshare();
+    return TVWindow::has_cloudshare() && !TVLocalService::get_syncdir().empty();
 }
 
 bool TVLocalFile::init_in_progress()

@@ -97,6 +97,9 @@ int TVLocalService::send(const std::string& name, const std::string& data)
 {
     try {
         const std::string base = tv_filename(name);
+        if (get_syncdir().empty())
+            return tvwarning(TVErrC_FileNotExist, TVLOCATION,
+                             "No shared folder is chosen for %s.", base.c_str());
         TV_PASS_ON(write_file(local_name(TVCFile::host_filename(base, own_host())), data));
         TV_PASS_ON(mark_written(base));
         return TVErrC_ok;
@@ -108,6 +111,8 @@ int TVLocalService::send(const std::string& name, const std::string& data)
 int TVLocalService::check_thread()
 {
     try {
+        if (get_syncdir().empty())
+            return TVErrC_ok;
         TV_PASS_ON(check_index());
         for (TVCFile* file : files())
             if (file->get_active())

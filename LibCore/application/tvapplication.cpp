@@ -127,6 +127,21 @@ int TVApplication::setup_error()
     return TVErrC_ok;
 }
 
+int TVApplication::setup_config()
+{
+    try {
+        QDir().mkpath(QString::fromStdString(get_config_dir()));
+        TVParam* param = new TVParam(0, nullptr, m_application, m_release, m_description, m_company,
+                                     m_authors, m_date, get_release_tag(), m_tag);
+        TVParam::replace(param, true);
+        param->add_config_file(TVParamFile(TVParam::default_user_config(m_application), true));
+        TV_PASS_ON(param->get_all_options());
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
 int TVApplication::setup_parameters()
 {
     QDir().mkpath(QString::fromStdString(get_config_dir()));

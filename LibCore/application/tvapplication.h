@@ -60,6 +60,9 @@ public:
     virtual void dump(std::ostream& out, int indent) const;
     virtual int setup_error();
     virtual int setup_parameters();
+    // The program's configuration file alone, no command line: for a tool
+    // that acts for the program on its files and settings.
+    [[nodiscard]] int setup_config();
     virtual int parameters(TVParam& param, TVParamCmdLine& cmdline, TVParamFile& file);
     // Start without a toolkit: error set-up, parameters, locale, run.
     virtual int start();

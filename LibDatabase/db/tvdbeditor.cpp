@@ -27,7 +27,9 @@ int TVDBEditor::add_object(TVDBObject* object, TVDBObject* parent,
             return tverror(TVErrC_NullPointer, TVLOCATION,
                            "The parent object of %d does not have a valid ID set (%d).",
                            object->get_id(), parent->get_id());
-        object->set_id(id >= 0 ? id : m_db.allocate_id(), TVDateUtils::now(), true);
+        // To the microsecond: with the create id it tells this object from
+        // one made under the same id on another device in the same second.
+        object->set_id(id >= 0 ? id : m_db.allocate_id(), TVDateUtils::unow(), true);
         const bool newSpec = object->uses_spec() && spec_id > 0 && spec_id != object->get_spec_id();
         if (spec_id >= 0)
             object->set_spec_id(spec_id);

@@ -46,7 +46,8 @@ int TVDBSaver::save(bool mark_write, bool manual, bool verify_file)
         if (mark_write) {
             // Stamped before the write, so that the stamps are in the file
             // that goes to the links too.
-            d->m_writeTime = TVDateUtils::now();
+            // To the microsecond: a peer told its own write from ours by it.
+            d->m_writeTime = TVDateUtils::unow();
             d->m_latestWrite.set_latest(d->m_writeTime);
             d->m_writeHost = TVApplication::get_hostname();
             for (TVExternalDB* link : d->m_external)

@@ -4,6 +4,7 @@
 #include "LibCore/error/tverrdetails.h"
 #include "LibCore/error/tverror.h"
 #include "LibDatabase/db/tvdatabase.h"
+#include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/tvdb/tvdbtoolregistry.h"
 #include "LibObject/object/tvobjectindex.h"
 
@@ -71,12 +72,17 @@ int TVDBFileCommand::run(const std::vector<std::string>& args, std::ostream& out
             usage(out);
             return C_ExitOk;
         }
-        if (arg == "--app") {
+        const std::vector<std::string> own = value_options();
+        const bool ownOption = std::find(own.begin(), own.end(), arg) != own.end();
+        if (arg == "--app" || ownOption) {
             if (i + 1 >= args.size()) {
-                err << "tvdb " << name() << ": option '--app' needs a value\n";
+                err << "tvdb " << name() << ": option '" << arg << "' needs a value\n";
                 return C_ExitUsage;
             }
-            app = args[++i];
+            if (ownOption)
+                m_options[arg] = args[++i];
+            else
+                app = args[++i];
         } else if (arg.size() > 1 && arg[0] == '-') {
             err << "tvdb " << name() << ": unknown option '" << arg << "' (see tvdb " << name()
                 << " --help)\n";
@@ -109,9 +115,26 @@ int TVDBFileCommand::run(const std::vector<std::string>& args, std::ostream& out
         identity.m_company = program->m_company;
     }
     TVApplication application(0, nullptr, identity);
-
+    const int ready = prepare(application, words[0], err);
+    if (ready != C_ExitOk)
+        return ready;
     auto db = make_database(kind.m_className);
-    const int result = db->read(words[0], true, true);
+    // A command that writes opens the file as the program does, and only
+    // when the program doesn't have it open.
+    TVLockFile lock;
+    int result = TVErrC_ok;
+    if (writable()) {
+        db->set_app_type(kind.m_appType);
+        if (istvwarn(lock.lock(words[0], false))) {
+            get_tverror()->clear_all();
+            err << "tvdb " << name() << ": " << words[0]
+                << " is open in another program; close it there first.\n";
+            return C_ExitFailed;
+        }
+        result = db->load(words[0], false, std::string(), db->has_partial(words[0]), true, true);
+    } else {
+        result = db->read(words[0], true, true);
+    }
     if (istvwarn(result)) {
         err << "tvdb " << name() << ": " << take_messages();
         return C_ExitFailed;
@@ -128,7 +151,12 @@ int TVDBFileCommand::run(const std::vector<std::string>& args, std::ostream& out
             err << "tvdb " << name() << ": " << take_messages();
     }
     const std::vector<std::string> extra(words.begin() + 1, words.end());
-    return run_loaded(*db, extra, out, err);
+    const int status = run_loaded(*db, extra, out, err);
+    if (writable() && db->is_loaded() && istvwarn(db->unload())) {
+        err << "tvdb " << name() << ": " << take_messages();
+        return C_ExitFailed;
+    }
+    return status;
 }
 
 std::string TVDBFileCommand::take_messages()

@@ -21,6 +21,11 @@
 
 #include "LibDatabase/tvdb/tvdbcommand.h"
 
+#include <map>
+#include <string>
+#include <vector>
+
+class TVApplication;
 class TVDatabase;
 
 class TVDBFileCommand : public TVDBCommand
@@ -29,6 +34,22 @@ public:
     int run(const std::vector<std::string>& args, std::ostream& out, std::ostream& err) final;
 
 protected:
+    // A command that changes the file opens it as the program does: locked
+    // against the program, partial file kept and replayed; and closes it
+    // at the end. The others open it read-only.
+    virtual bool writable() const { return false; }
+    // The options (beyond --app) that take a value; run_loaded finds the
+    // values given in m_options.
+    virtual std::vector<std::string> value_options() const { return {}; }
+    // Before the file is loaded, with the application object in place: a
+    // status other than C_ExitOk ends the command there.
+    virtual int prepare(TVApplication& application, const std::string& file, std::ostream& err)
+    {
+        (void)application;
+        (void)file;
+        (void)err;
+        return C_ExitOk;
+    }
     // The words the command takes after FILE, for its usage line.
     virtual const char* extra_arguments() const { return ""; }
     virtual size_t max_extra_arguments() const { return 0; }
@@ -38,6 +59,8 @@ protected:
     // The texts of every pending error of the framework, newest first, one
     // per line; clears them.
     static std::string take_messages();
+
+    std::map<std::string, std::string> m_options;
 };
 
 #endif // TVDBFILECOMMAND_H
