@@ -1,3 +1,20 @@
+# tv_render_svg(<svg> <output> <width> <height>)
+#
+# The build step that renders one SVG source with tvsvgrender to <output>
+# (PNG, or JPEG for ".jpg"), again only when the SVG or the renderer
+# changes. Something must depend on <output> for it to run.
+function(tv_render_svg svg out width height)
+  get_filename_component(svg "${svg}" ABSOLUTE)
+  get_filename_component(dir "${out}" DIRECTORY)
+  file(RELATIVE_PATH shown "${CMAKE_BINARY_DIR}" "${out}")
+  add_custom_command(OUTPUT "${out}"
+    COMMAND ${CMAKE_COMMAND} -E make_directory "${dir}"
+    COMMAND $<TARGET_FILE:tvsvgrender> "${svg}" "${out}" ${width} ${height}
+    DEPENDS "${svg}" tvsvgrender
+    COMMENT "Rendering ${shown}"
+    VERBATIM)
+endfunction()
+
 # tv_add_svg_images(<target> NAME <resource name> PREFIX <prefix>
 #                   IMAGES <svg> <resource path> <width> <height> ...)
 #
@@ -26,15 +43,8 @@ function(tv_add_svg_images target)
     list(GET A_IMAGES ${j1} path)
     list(GET A_IMAGES ${j2} width)
     list(GET A_IMAGES ${j3} height)
-    get_filename_component(svg "${svg}" ABSOLUTE)
     set(out "${root}/${path}")
-    get_filename_component(dir "${out}" DIRECTORY)
-    add_custom_command(OUTPUT "${out}"
-      COMMAND ${CMAKE_COMMAND} -E make_directory "${dir}"
-      COMMAND $<TARGET_FILE:tvsvgrender> "${svg}" "${out}" ${width} ${height}
-      DEPENDS "${svg}" tvsvgrender
-      COMMENT "Rendering ${A_PREFIX}/${path}"
-      VERBATIM)
+    tv_render_svg("${svg}" "${out}" ${width} ${height})
     list(APPEND outputs "${out}")
     string(APPEND entries "    <file>${path}</file>\n")
   endforeach()

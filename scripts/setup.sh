@@ -10,6 +10,7 @@ packages=(
   libsqlite3-dev
   clang libclang-rt-14-dev
   xvfb xauth
+  desktop-file-utils appstream shared-mime-info dpkg-dev lintian
 )
 
 missing=()

@@ -1,6 +1,7 @@
 #include "AppTarvelloMaths/main/appmaths.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <memory>
 #include <ostream>
 
@@ -42,6 +43,9 @@ AppMaths::AppMaths(int argc, char** argv, TVQtApp& app) : TVApplicationQt(argc, 
 {
     // The pictures, icons and help pages sit in a static library.
     maths_init_images();
+    // The launcher entry's name, by which a Wayland desktop gives the
+    // windows their icon and groups them under the program.
+    QGuiApplication::setDesktopFileName("org.tarvello.Maths");
     m_mathsDB.clear();
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QFileOpenEvent>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -106,6 +107,52 @@ TEST_F(AppMathsTest, CommandLineNamesTheFileOtherwise)
     AppMaths maths(2, argv, qt_app());
     start(maths, {"Quit"});
     EXPECT_EQ(maths.get_mathsdb(), "a.tvmaths");
+}
+
+// What "Open with" does: the file manager names the file on the command
+// line, and it goes through the load flow like any other. A fresh home
+// offers to make it; once made it opens without a question; a missing one
+// is asked about, and Quit leaves the program with no file and no window.
+TEST_F(AppMathsTest, FileNamedOnTheCommandLineGoesThroughTheLoadFlow)
+{
+    const std::string made = home.filePath("family.tvmaths").toStdString();
+    const std::string missing = home.filePath("gone.tvmaths").toStdString();
+    const struct {
+        const std::string& file;
+        std::vector<std::string> answers;
+        std::vector<std::string> asked;
+        bool loaded;
+    } rows[] = {
+        {made, {"Create New"}, {"Welcome"}, true},
+        {made, {}, {}, true},
+        {missing, {"Quit"}, {"Load File"}, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.file);
+        std::string name = row.file;
+        char* argv[] = {arg0, name.data(), nullptr};
+        {
+            AppMaths maths(2, argv, qt_app());
+            EXPECT_EQ(start(maths, row.answers), row.asked);
+            ASSERT_NE(maths.get_db(), nullptr);
+            EXPECT_EQ(maths.get_db()->is_loaded(), row.loaded);
+            if (row.loaded)
+                EXPECT_EQ(maths.get_db()->get_filename(), row.file);
+            else
+                EXPECT_EQ(maths.get_main_window(), nullptr);
+            // Closed as the user closes it, so that the next start finds
+            // the file put away.
+            if (maths.get_main_window() != nullptr)
+                maths.get_main_window()->close();
+            for (int i = 0; i < 500 && maths.get_main_window() != nullptr; ++i)
+                QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+            EXPECT_EQ(maths.get_main_window(), nullptr);
+        }
+        TVParam::release();
+        TVError::release();
+    }
+    EXPECT_TRUE(QFile::exists(QString::fromStdString(made)));
+    EXPECT_FALSE(QFile::exists(QString::fromStdString(missing)));
 }
 
 TEST_F(AppMathsTest, FileOpenEventBeforeTheApplicationObjectIsIgnored)
