@@ -83,6 +83,18 @@ int TVDBOpener::discard_session(const std::string& file, bool creating,
     }
 }
 
+int TVDBOpener::discard_leftovers(const std::string& file, bool creating,
+                                  const std::string& template_file)
+{
+    try {
+        TV_PASS_ON(m_db.unload());
+        TV_PASS_ON(m_db.load(file, creating, template_file, true, true, true));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
 int TVDBOpener::recover(const std::string& file)
 {
     try {

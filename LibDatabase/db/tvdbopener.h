@@ -54,11 +54,15 @@ public:
     Result open(const std::string& file, bool creating, const std::string& template_file,
                 bool steal);
 
-    // The user's answers to a damaged session or leftovers: the session
-    // file goes (with the changes since the last full save) and the main
-    // file loads with the leftovers cleared.
+    // The user's answer to a damaged session: the session file goes (with
+    // the changes since the last full save) and the main file loads.
     [[nodiscard]] int discard_session(const std::string& file, bool creating,
                                       const std::string& template_file);
+    // The user's answer to the leftovers of a save a crash stopped: they
+    // go, and the file loads with its session replayed. The session holds
+    // every operation that finished: none is lost with the leftovers.
+    [[nodiscard]] int discard_leftovers(const std::string& file, bool creating,
+                                        const std::string& template_file);
     // To a damaged file: put the recovery in its place, the damaged file
     // kept as ".bak", and load it. TVErrC_FileNotExist when there is no
     // recovery.

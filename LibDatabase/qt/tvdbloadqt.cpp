@@ -255,6 +255,7 @@ void TVDBLoadQt::open_file(bool steal)
             return;
         }
         case TVDBOpener::E_DamagedPartial:
+            m_leftovers = false;
             handle_partial(TVMessageBoxQt::start(
                 this, "Partial Save",
                 "A partially saved version of " + m_filename + " has been located, but is corrupt.\n" +
@@ -262,6 +263,7 @@ void TVDBLoadQt::open_file(bool steal)
                 TVMessageBox::C_Delete, TVMessageBox::C_Quit));
             return;
         case TVDBOpener::E_Leftovers:
+            m_leftovers = true;
             handle_partial(TVMessageBoxQt::start(
                 this, "Temp Files",
                 "Some temporary files from " + m_filename + " have been located.\n" + C_UncleanRun +
@@ -289,7 +291,10 @@ void TVDBLoadQt::handle_partial(std::string answer)
         return;
     }
     TVDBOpener opener(m_db, nullptr);
-    if (stopped(call([&] { return opener.discard_session(m_filename, m_creating, m_template); })))
+    if (stopped(call([&] {
+            return m_leftovers ? opener.discard_leftovers(m_filename, m_creating, m_template)
+                               : opener.discard_session(m_filename, m_creating, m_template);
+        })))
         return;
     complete(m_filename);
 }

@@ -108,6 +108,9 @@ private:
     bool m_creating = false;
     bool m_multiWindow = false;
     bool m_finished = false;
+    // The question of handle_partial was about leftovers of a save, not a
+    // damaged session file: Delete then keeps the session.
+    bool m_leftovers = false;
     // The value of the failed load, for the details the user may ask for.
     int m_loadResult = 0;
     QLabel* m_label = nullptr;

@@ -66,8 +66,8 @@ TEST_F(OpenerTest, LeftoversAndAnUnreadableSessionAreSaidToBeAndDiscardingLoadsT
     spill(TVDBFileNames::new_main(m_file), "half a save");
     EXPECT_EQ(open().outcome, TVDBOpener::E_Leftovers);
     EXPECT_FALSE(m_db.is_loaded());
-    ASSERT_EQ(TVDBOpener(m_db, nullptr).discard_session(m_file, false, ""), TVErrC_ok);
-    EXPECT_EQ(names(m_db), std::set<std::string>{"a"});
+    ASSERT_EQ(TVDBOpener(m_db, nullptr).discard_leftovers(m_file, false, ""), TVErrC_ok);
+    EXPECT_EQ(names(m_db), (std::set<std::string>{"a", "b"}));
     EXPECT_FALSE(tv_file_exists(TVDBFileNames::new_main(m_file)));
 
     ASSERT_EQ(add(m_db, "c"), TVErrC_ok);
@@ -80,6 +80,10 @@ TEST_F(OpenerTest, LeftoversAndAnUnreadableSessionAreSaidToBeAndDiscardingLoadsT
         EXPECT_EQ(open().outcome, TVDBOpener::E_DamagedPartial);
     }
     EXPECT_FALSE(m_db.is_loaded());
+    // A session file that can't be read goes, with what it held.
+    take_messages();
+    ASSERT_EQ(TVDBOpener(m_db, nullptr).discard_session(m_file, false, ""), TVErrC_ok);
+    EXPECT_EQ(names(m_db), std::set<std::string>{"a"});
 }
 
 TEST_F(OpenerTest, DamagedFileNamesItsRecoveryWhichPutsItBackKeepingTheDamagedOne)
