@@ -6,7 +6,7 @@ RELEASE := build-release
 CMAKE_FLAGS := -G Ninja -DCMAKE_BUILD_TYPE=Debug -DTV_SANITIZE=ON
 JOBS    ?= $(shell nproc)
 
-.PHONY: all setup configure release-configure build check run bench fuzz clean crash screenshots \
+.PHONY: sync-soak all setup configure release-configure build check run bench fuzz clean crash screenshots \
         install deb deb-check
 
 all: build
@@ -124,3 +124,12 @@ crash: configure
 
 clean:
 	rm -rf $(BUILD) $(RELEASE)
+
+# The sync soak with many more runs than make check gives it:
+# `make sync-soak RUNS=500`, SEED= for another seed.
+RUNS ?= 300
+
+sync-soak: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target tvdatabase_soak_tests tvdbsyncchild
+	@ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 TV_SOAK_RUNS=$(RUNS) TV_SOAK_SEED=$(SEED) \
+	  $(BUILD)/tests/tvdatabase_soak_tests

@@ -11,6 +11,7 @@ packages=(
   clang libclang-rt-14-dev
   xvfb xauth
   desktop-file-utils appstream shared-mime-info dpkg-dev lintian
+  rsync
 )
 
 missing=()
