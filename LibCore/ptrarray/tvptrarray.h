@@ -109,6 +109,23 @@ public:
         return item;
     }
 
+    // Puts item at index in one step and gives back the element that was
+    // there, which the caller owns from now on; null for a bad index (item
+    // is then not taken).
+    [[nodiscard]] T* replace(int index, T* item)
+    {
+        if (index < 0 || index >= size()) {
+            bounds_error(index, __LINE__);
+            return nullptr;
+        }
+        T* old = m_item[static_cast<size_t>(index)];
+        m_item[static_cast<size_t>(index)] = item;
+        return old;
+    }
+
+    // Empties the array deleting nothing: the caller has taken the elements.
+    void release_all() { m_item.clear(); }
+
     // Takes the element out and deletes it if the array owns it.
     [[nodiscard]] int erase(int index)
     {

@@ -14,7 +14,10 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <tuple>
+#include <unordered_map>
 #include <utility>
+#include <vector>
 
 namespace {
 constexpr const char* C_SyncingStatus = "Syncing...";
@@ -330,10 +333,13 @@ bool TVDBSync::holds_unwritten(const TVExternalDB& link) const
     return false;
 }
 
-int TVDBSync::merge(const TVDatabase& other, std::string& details)
+// The peer's scratch database is ours to take from: the objects that come
+// in are moved over, not copied. A version read there is what a copy
+// through the serial form would make here, the file version being ours.
+int TVDBSync::merge(TVDatabase& other, std::string& details)
 {
     try {
-        const TVDatabase::TVDatabaseImpl& them = *other.d;
+        TVDatabase::TVDatabaseImpl& them = *other.d;
         log("Merging...");
         details += "Merged my data with data written at " + them.m_writeTime.to_string(C_LogDate) +
                    ".\n";
@@ -343,12 +349,25 @@ int TVDBSync::merge(const TVDatabase& other, std::string& details)
         int collisions = 0;
         // Which object an object is, on every device: its create id and
         // create time. Its id is only where it sits in one copy.
-        using Identity = std::pair<int, std::string>;
+        // The moment alone, not its printed form: printing every create
+        // time was most of a merge's cost.
+        using Identity = std::tuple<int, int, int, int, int>;
         const auto identity = [](const TVDBObject& object) {
-            return Identity(object.get_create_id(), object.get_create_time().to_string("%Y%j%H%M%S%U"));
+            const TVDate& made = object.get_create_time();
+            return Identity(object.get_create_id(), made.get_year(), made.get_day_of_year(),
+                            made.get_second_of_day(), made.get_microsecond());
         };
-        std::map<Identity, TVDBObject*> byIdentity; // made at the first need
-        for (const TVDBObject* theirs : them.m_objects) {
+        std::map<Identity, TVDBObject*> byIdentity;                // made at the first need
+        std::unordered_map<const TVDBObject*, int> position;       // likewise
+        std::vector<bool> taken(static_cast<size_t>(them.m_objects.size()), false);
+        const auto take = [&](int index) {
+            TVDBObject* object = them.m_objects[index];
+            taken[static_cast<size_t>(index)] = true;
+            object->set_parent_ptr(nullptr, &m_db);
+            return object;
+        };
+        for (int i = 0; i < them.m_objects.size(); ++i) {
+            const TVDBObject* theirs = them.m_objects[i];
             TVDBObject* local = m_db.get_object_by_id(theirs->get_id());
             if (local == nullptr || identity(*local) != identity(*theirs)) {
                 // Not at the same id here: ours may have been renumbered
@@ -358,28 +377,36 @@ int TVDBSync::merge(const TVDatabase& other, std::string& details)
                         byIdentity.emplace(identity(*mine), mine);
                 const auto found = byIdentity.find(identity(*theirs));
                 if (found == byIdentity.end()) {
-                    if (local == nullptr)
-                        ++added;
-                    else
-                        ++collisions;
-                    TV_PASS_ON(m_db.clone_external_object(*theirs, them.m_uniqueId));
+                    ++(local == nullptr ? added : collisions);
+                    // Ids at or above theirs stay free for their objects;
+                    // on a collision theirs keeps its id (the objects that
+                    // come with it may refer to it) and ours moves.
+                    const int id = theirs->get_id();
+                    d->m_uniqueId = std::max({d->m_uniqueId, id + 1, them.m_uniqueId});
+                    if (TVDBObject* existing = m_db.get_object_by_id(id))
+                        TV_PASS_ON(m_db.change_id(*existing, m_db.allocate_id()));
+                    TVDBObject* object = take(i);
+                    d->m_objects.add(object);
+                    d->m_map[id] = object;
+                    if (!position.empty())
+                        position[object] = d->m_objects.size() - 1;
                     byIdentity.clear();
+                    // The stamps stay the other database's; the next write takes it.
+                    object->mark_update();
+                    TV_PASS_ON(m_db.update_vars(id, true));
                     continue;
                 }
                 local = found->second;
             }
             if (!(local->get_modify_time() < theirs->get_modify_time()))
                 continue; // the same version, or ours is the later: it stands
-            std::string text;
-            TV_PASS_ON(theirs->object_to_string(text, d->m_appFileVersion));
-            TVObject* made = nullptr;
-            TV_PASS_ON(TVObject::object_from_string(text, made, d->m_appFileVersion));
-            std::unique_ptr<TVObject> copy(made);
-            auto* object = dynamic_cast<TVDBObject*>(copy.get());
-            const int at = d->m_objects.index_of(local);
-            if (object == nullptr || at < 0)
+            if (position.empty())
+                for (int at = 0; at < d->m_objects.size(); ++at)
+                    position[d->m_objects[at]] = at;
+            const auto at = position.find(local);
+            if (at == position.end())
                 continue;
-            copy.release();
+            TVDBObject* object = take(i);
             // Renumbered here: the new version takes our number for it.
             if (object->get_id() != local->get_id()) {
                 const TVDate modified = object->get_modify_time();
@@ -388,15 +415,27 @@ int TVDBSync::merge(const TVDatabase& other, std::string& details)
             }
             // The old version may still be held by a window: it is kept
             // until the objects are next dropped.
-            d->m_retired.add(d->m_objects.remove(at));
-            TV_PASS_ON(d->m_objects.insert(at, object));
+            const int index = at->second;
+            d->m_retired.add(d->m_objects.replace(index, object));
+            position.erase(at);
+            position[object] = index;
             d->m_map[object->get_id()] = object;
             if (!byIdentity.empty())
                 byIdentity[identity(*object)] = object;
             object->mark_update();
-            d->m_journal.invalidate();
             ++updated;
         }
+        // What was taken is ours now; the rest goes with the scratch database.
+        TVPtrArray<TVDBObject> left(true);
+        for (int i = 0; i < them.m_objects.size(); ++i)
+            if (!taken[static_cast<size_t>(i)])
+                left.add(them.m_objects[i]);
+        them.m_objects.release_all();
+        them.m_map.clear();
+        for (TVDBObject* object : left)
+            them.m_objects.add(object);
+        left.release_all();
+        d->m_journal.invalidate();
         if (m_db.get_modify_time() < other.get_modify_time()) {
             TV_PASS_ON(m_db.pull_db_data(other));
             ++updated;

@@ -56,7 +56,7 @@ public:
 
 private:
     // Takes other's objects in: new ones, later versions, collisions.
-    [[nodiscard]] int merge(const TVDatabase& other, std::string& details);
+    [[nodiscard]] int merge(TVDatabase& other, std::string& details);
     // Some object here changed or came in since the links last got all of
     // this database, or, over restarts, changed after we last wrote to the
     // link or took its whole file (any object, when we did neither).
