@@ -6,7 +6,9 @@
 // complete_operation, and undo of the last operation. SQLite (WAL): a
 // one-row commit with synchronous FULL and NORMAL, loading every row into
 // C++ values, and a bulk insert in one transaction. And the floor of a full
-// save: writing the bytes of our main file and fsyncing them.
+// save: writing the bytes of our main file and fsyncing them. Sync through
+// a shared folder: a pull that merges another device's copy of every row,
+// and a push of the whole database.
 //
 // After Google Benchmark's table comes a summary of the ratios behind our
 // targets. Every figure is wall-clock time per operation: most of these
@@ -14,7 +16,11 @@
 
 #include "LibCore/error/tverrdetails.h"
 #include "LibCore/error/tverror.h"
+#include "LibComms/cloud/tvcloudinstance.h"
+#include "LibComms/cloud/tvcloudservice.h"
+#include "LibComms/cloud/tvlocalservice.h"
 #include "LibDatabase/db/tvdatabase.h"
+#include "LibDatabase/db/tvexternaldb.h"
 #include "LibDatabase/db/tvdbobject.h"
 #include "LibDate/core/tvdate.h"
 #include "LibObject/object/tvobjectprereg.h"
@@ -387,6 +393,117 @@ void BM_OurUndo(benchmark::State& state, int count)
     }
 }
 
+// ---- Sync through a shared folder -------------------------------------------------------
+
+constexpr const char* C_LinkName = "bench";
+
+fs::path share_folder()
+{
+    const fs::path share = g_root / "share";
+    fs::create_directories(share);
+    if (TVLocalService::get_syncdir() != share.string() &&
+        istvwarn(TVLocalService::set_syncdir(share.string())))
+        get_tverror()->clear_all();
+    return share;
+}
+
+// Another device's copy in the shared folder: the same rows, every one
+// changed there since, so that a merge takes each of them in.
+bool write_peer_copy(int count)
+{
+    static std::map<int, bool> written;
+    if (written[count])
+        return true;
+    share_folder();
+    const std::string& source = our_template(count);
+    const std::string file = fresh_name("peer", count, ".tvmaths");
+    fs::copy_file(source, file);
+    int result = TVErrC_ok;
+    std::unique_ptr<TVDatabase> db = open_ours(file, result);
+    std::string text;
+    if (result == TVErrC_ok) {
+        for (int i = 0; i < db->get_nobjects(); ++i)
+            db->get_object_by_index(i)->mark_changed(TVLOCATION, true);
+        result = db->export_db(std::string(), &text, false, std::string());
+    }
+    TVLocalService peer;
+    TVLocalService* before = TVLocalService::swap_instance(&peer);
+    TVCloudService::override_host("peer");
+    if (result == TVErrC_ok)
+        result = peer.send(C_LinkName, text);
+    TVLocalService::swap_instance(before);
+    TVCloudService::override_host("local");
+    if (result != TVErrC_ok) {
+        std::fprintf(stderr, "bench_db: no peer copy: %s\n", messages().c_str());
+        return false;
+    }
+    return written[count] = true;
+}
+
+// A loaded copy linked to the shared folder under the peer's name; its own
+// copy is written there too.
+std::unique_ptr<TVDatabase> linked_copy(benchmark::State& state, int count, TVLocalService& service,
+                                        TVExternalDB*& link)
+{
+    std::unique_ptr<TVDatabase> db = loaded_copy(state, count);
+    TVLocalService::swap_instance(&service);
+    TVCloudService::override_host("local");
+    if (db && failed(state, db->add_external(TVCloudInstance::E_LocalShare, C_LinkName, 0, link),
+                     "link"))
+        return nullptr;
+    return db;
+}
+
+// A pull that merges another device's copy of every row, each changed
+// there: the peer's file read and parsed, each row taken in, the result
+// saved whole.
+void BM_OurPullMerge(benchmark::State& state, int count)
+{
+    if (!write_peer_copy(count)) {
+        state.SkipWithError("no peer copy");
+        return;
+    }
+    for (auto _ : state) {
+        state.PauseTiming();
+        TVLocalService service;
+        TVExternalDB* link = nullptr;
+        std::unique_ptr<TVDatabase> db = linked_copy(state, count, service, link);
+        if (!db)
+            break;
+        (void)link->has_data(); // the first ask marks the peer's file wanted
+        std::string details;
+        state.ResumeTiming();
+        const int result = db->pull(*link, false, details);
+        state.PauseTiming();
+        const bool merged = db->sync_state() == 3;
+        db.reset();
+        TVLocalService::swap_instance(nullptr);
+        state.ResumeTiming();
+        if (failed(state, result, "pull"))
+            break;
+        if (!merged) {
+            state.SkipWithError("the pull did not merge");
+            break;
+        }
+    }
+}
+
+// A push: the whole database rendered and written to the shared folder,
+// with the index.
+void BM_OurPush(benchmark::State& state, int count)
+{
+    TVLocalService service;
+    TVExternalDB* link = nullptr;
+    std::unique_ptr<TVDatabase> db = linked_copy(state, count, service, link);
+    if (!db)
+        return;
+    for (auto _ : state)
+        if (failed(state, db->push(*link, true), "push"))
+            break;
+    db.reset();
+    TVLocalService::swap_instance(nullptr);
+}
+
 // The floor of a full save: the main file's bytes, written and fsynced.
 void BM_PlainWriteFsync(benchmark::State& state, int count)
 {
@@ -720,6 +837,10 @@ void print_summary(const CollectingReporter& r)
         print_row(label.c_str(), r.seconds(name("ours/save", count)),
                   r.seconds(name("plain/write_fsync", count)), 3.0);
     }
+    print_row("pull merging a peer's copy <= 2 x load, 20000 rows",
+              r.seconds(name("ours/pull_merge", 20000)), r.seconds(name("ours/load", 20000)), 2.0);
+    print_row("push <= 1.5 x full save, 20000 rows", r.seconds(name("ours/push", 20000)),
+              r.seconds(name("ours/save", 20000)), 1.5);
     std::printf("\nFor reference, not targets:\n");
     for (int count : C_Sizes) {
         const std::string label = "complete_operation vs SQLite NORMAL commit, " +
@@ -763,6 +884,8 @@ int main(int argc, char** argv)
     register_sizes("plain/write_fsync", BM_PlainWriteFsync, Pace::Quick);
     register_sizes("ours/complete_operation", BM_OurCompleteOperation, Pace::Quick);
     register_sizes("ours/undo", BM_OurUndo, Pace::Slow);
+    register_sizes("ours/pull_merge", BM_OurPullMerge, Pace::Slow);
+    register_sizes("ours/push", BM_OurPush, Pace::Slow);
     register_sizes(
         "sqlite/commit_full", [](benchmark::State& s, int n) { BM_SqliteCommit(s, n, "FULL"); },
         Pace::Quick);
