@@ -1,12 +1,16 @@
 // The database window: the heartbeat and when it holds back, autosave
 // after a quiet spell, undo and redo with confirmation, and a throwaway
 // main window that opens a file after a killed process, edits,
-// autosaves, undoes and closes it. Timers are fired by calling their
+// autosaves, undoes and closes it; a peer's push taken in by the
+// heartbeat. Timers are fired by calling their
 // expiry slots; time moves only on the test's clock.
 
 #include "LibDatabase/qt/tvdbmanagerqt.h"
 
+#include "LibComms/cloud/tvcloudinstance.h"
+#include "LibComms/cloud/tvlocalservice.h"
 #include "LibCore/fileutils/tvfileutils.h"
+#include "LibDatabase/db/tvexternaldb.h"
 #include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/qt/tests/tvdbqttest.h"
 #include "LibDatabase/qt/tvdbimportqt.h"
@@ -348,6 +352,60 @@ TEST_F(ManagerTest, GivingUpOnOpenOrNewKeepsTheFileThatWasOpen)
 // The whole life of a file in a throwaway window: a process that opened
 // it finished an operation and was killed; the window finds the operation
 // (and the dead process's lock), edits, autosaves, undoes, and closes.
+// Another computer's push reaches the open window by the heartbeat alone:
+// its node comes in beside ours and the views are told.
+TEST_F(ManagerTest, HeartbeatTakesInWhatAnotherComputerPushedToTheSharedFolder)
+{
+    const std::string root = m_dir.path().toStdString();
+    ASSERT_EQ(tv_create_dir(root + "/share", true), TVErrC_ok);
+    ASSERT_EQ(TVLocalService::set_syncdir(root + "/share"), TVErrC_ok);
+    const std::string name = tv_basename(m_file);
+    const std::string link = name.substr(0, name.rfind('.'));
+    TVLocalService ours;
+    TVLocalService theirs;
+    const auto restore = [&] {
+        TVLocalService::swap_instance(nullptr);
+        TVCloudService::override_host("");
+    };
+    // Objects are known by create id and time: theirs is made later.
+    m_clock.advance(1);
+    {
+        // The other computer: its own folders, host and view of the share.
+        const QByteArray data = qgetenv("XDG_DATA_HOME");
+        const QByteArray cache = qgetenv("XDG_CACHE_HOME");
+        qputenv("XDG_DATA_HOME", QByteArray::fromStdString(root + "/study/data"));
+        qputenv("XDG_CACHE_HOME", QByteArray::fromStdString(root + "/study/cache"));
+        TVLocalService::swap_instance(&theirs);
+        TVCloudService::override_host("study");
+        TVDBQtTestDB peer;
+        TVExternalDB* external = nullptr;
+        EXPECT_EQ(peer.load(root + "/study/" + name, true, std::string(), false, false, true),
+                  TVErrC_ok);
+        EXPECT_EQ(add(peer, "Division"), TVErrC_ok);
+        EXPECT_EQ(peer.add_external(TVCloudInstance::E_LocalShare, link, 2, external), TVErrC_ok);
+        EXPECT_EQ(peer.save(true, true, false), TVErrC_ok) << take_messages();
+        EXPECT_EQ(peer.unload(), TVErrC_ok);
+        qputenv("XDG_DATA_HOME", data);
+        qputenv("XDG_CACHE_HOME", cache);
+    }
+    TVLocalService::swap_instance(&ours);
+    TVCloudService::override_host("kitchen");
+    start(60000);
+    TVExternalDB* external = nullptr;
+    ASSERT_EQ(m_db->add_external(TVCloudInstance::E_LocalShare, link, 2, external), TVErrC_ok);
+    // The first ask for a new computer's file only marks it wanted.
+    int updates = 0;
+    for (int i = 0; i < 4 && node_id(*m_db, "Division") < 0; ++i) {
+        m_clock.advance(1);
+        m_window->frequent_timer_expired();
+        updates = m_window->m_updates;
+    }
+    EXPECT_GE(node_id(*m_db, "Division"), 0) << take_messages();
+    EXPECT_GE(node_id(*m_db, "Tables"), 0);
+    EXPECT_GT(updates, 1);
+    restore();
+}
+
 TEST_F(ManagerTest, WindowRecoversAKilledSessionEditsAutosavesUndoesAndCloses)
 {
     const pid_t child = fork();
