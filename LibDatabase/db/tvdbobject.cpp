@@ -4,6 +4,7 @@
 #include "LibCore/textstr/tvtextstr.h"
 #include "LibDatabase/db/tvdbcontainerbase.h"
 #include "LibDatabase/db/tvdbhost.h"
+#include "LibDatabase/db/tvdbscript.h"
 #include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlobjectarray.h"
@@ -67,7 +68,7 @@ struct TVDBObject::TVDBObjectImpl {
     std::string m_modifyLoc;
     int m_alertState = 0;
     TVPtrArray<TVDBObject> m_children{true};
-    TVPtrArray<TVObject> m_scripts{true}; // TVDBScript once the script layer exists
+    TVPtrArray<TVDBScript> m_scripts{true};
     bool m_created = false;
 };
 
@@ -182,7 +183,7 @@ int TVDBObject::serialise(std::istream* in, std::ostream* out, const std::string
                                       TVSrlObjectArray<TVDBObject>(d->m_children, version));
         if (!istvwarn(result))
             result = serialise_object(in, out, prefix, "SC",
-                                      TVSrlObjectArray<TVObject>(d->m_scripts, version));
+                                      TVSrlObjectArray<TVDBScript>(d->m_scripts, version));
         if (!istvwarn(result) && in != nullptr) {
             // Old files carry an edit flag; it meant nothing after a load.
             bool discarded = false;
@@ -744,6 +745,44 @@ TVDBObject* TVDBObject::extract_managed_child()
 int TVDBObject::get_nmanaged_children() const
 {
     return d->m_children.size();
+}
+
+// ---- Scripts --------------------------------------------------------------------------
+
+int TVDBObject::get_nscripts() const
+{
+    return d->m_scripts.size();
+}
+
+TVDBScript* TVDBObject::get_script_no(int index) const
+{
+    return index >= 0 && index < d->m_scripts.size() ? d->m_scripts[index] : nullptr;
+}
+
+void TVDBObject::add_script(TVDBScript* script)
+{
+    if (script != nullptr)
+        d->m_scripts.add(script);
+}
+
+bool TVDBObject::remove_script(int index)
+{
+    if (index < 0 || index >= d->m_scripts.size())
+        return false;
+    return d->m_scripts.erase(index) == TVErrC_ok;
+}
+
+void TVDBObject::clear_scripts()
+{
+    d->m_scripts.clear();
+}
+
+TVDBScript* TVDBObject::get_own_script(const std::string& name) const
+{
+    for (TVDBScript* script : d->m_scripts)
+        if (script->get_name() == name)
+            return script;
+    return nullptr;
 }
 
 // ---- Variables and display state ---------------------------------------------------------

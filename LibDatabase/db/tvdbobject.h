@@ -44,6 +44,7 @@
 class TVDatabase;
 class TVDBContainerBase;
 class TVDBNote;
+class TVDBScript;
 class TVObjectSpec;
 
 class TVDBObject : public TVObject, public TVUpdateCounter, public TVLockable
@@ -207,6 +208,19 @@ public:
     // Takes out the first child and gives it to the caller; null when none.
     TVDBObject* extract_managed_child();
     int get_nmanaged_children() const;
+
+    // ---- Scripts ------------------------------------------------------------
+
+    int get_nscripts() const;
+    // Null for a bad index.
+    TVDBScript* get_script_no(int index) const;
+    // Takes script.
+    void add_script(TVDBScript* script);
+    // Deletes the script; false for a bad index.
+    bool remove_script(int index);
+    void clear_scripts();
+    // This object's own script of that name; null when it has none.
+    TVDBScript* get_own_script(const std::string& name) const;
 
     // ---- Variables and display state ----------------------------------------
 

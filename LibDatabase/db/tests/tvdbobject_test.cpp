@@ -3,6 +3,8 @@
 
 #include "LibDatabase/db/tvdbobject.h"
 
+#include "LibDatabase/db/tvdbscript.h"
+
 #include "TestSupport/tvdbtestnode.h"
 #include "TestSupport/tvobjecttest.h"
 #include "TestSupport/tvtestclock.h"
@@ -68,8 +70,10 @@ TEST_F(DBObjectTest, EveryFieldRoundTripsInItsOrder)
                              "!n!child\n"
                              "}\n"
                              "@TVDBObject+SC\n"
-                             "{TVDBObject\n"
-                             "!TVDBObject+I!99\n"
+                             "{TVDBScript\n"
+                             "!name!on_edit\n"
+                             "!script!TVSet(\"Size\", \"small\");\\nTVGet(\"Colour\");\n"
+                             "!shortcut!Ctrl+E\n"
                              "}\n"
                              "}\n";
     std::unique_ptr<TVDBTestNode> node = read_node(text);
@@ -80,6 +84,10 @@ TEST_F(DBObjectTest, EveryFieldRoundTripsInItsOrder)
     EXPECT_EQ(node->get_nvariables(), 2);
     EXPECT_EQ(node->get_nmanaged_children(), 1);
     EXPECT_EQ(node->get_create_id(), 5);
+    ASSERT_NE(node->get_own_script("on_edit"), nullptr);
+    EXPECT_EQ(node->get_own_script("on_edit")->get_script(),
+              "TVSet(\"Size\", \"small\");\nTVGet(\"Colour\");");
+    EXPECT_EQ(node->get_own_script("on_edit")->get_shortcut(), "Ctrl+E");
 
     // A copy made through the class (edit's backup) writes the same bytes.
     std::unique_ptr<TVObject> copy(node->clone_class());

@@ -1,0 +1,100 @@
+#include "LibDatabase/db/tvdbscript.h"
+
+#include "LibCore/log/tvdump.h"
+#include "LibObject/object/tvobjectprereg.h"
+#include "LibObject/object/tvtrail.h"
+
+#include <ostream>
+
+namespace {
+constexpr const char* C_ClassName = "TVDBScript";
+const TVObjectPreReg s_preReg(C_ClassName, TVDBScript::create_tvobject);
+} // namespace
+
+TVDBScript::TVDBScript()
+{
+    register_tvobject();
+}
+
+TVDBScript::TVDBScript(const std::string& name, const std::string& script,
+                       const std::string& shortcut)
+    : m_name(name), m_script(script), m_shortcut(shortcut)
+{
+    register_tvobject();
+}
+
+// A copy is a new script: the error of a run belongs to the original.
+TVDBScript::TVDBScript(const TVDBScript& other)
+    : TVObject(other), m_name(other.m_name), m_script(other.m_script),
+      m_shortcut(other.m_shortcut)
+{
+    register_tvobject();
+}
+
+TVDBScript& TVDBScript::operator=(const TVDBScript& other)
+{
+    if (this != &other) {
+        TVObject::operator=(other);
+        m_name = other.m_name;
+        m_script = other.m_script;
+        m_shortcut = other.m_shortcut;
+        clear_error();
+    }
+    return *this;
+}
+
+void TVDBScript::set_defaults(bool constructing)
+{
+    if (!constructing)
+        TVObject::set_defaults(false);
+    m_name.clear();
+    m_script.clear();
+    m_shortcut.clear();
+    clear_error();
+}
+
+void TVDBScript::set_error(int line, const std::string& text)
+{
+    m_errorLine = line;
+    m_errorText = text;
+}
+
+void TVDBScript::clear_error()
+{
+    m_errorLine = -1;
+    m_errorText.clear();
+}
+
+int TVDBScript::create_tvobject(TVObject*& out, const TVObject* source)
+{
+    return tv_create_tvobject<TVDBScript>(out, source, C_ClassName);
+}
+
+void TVDBScript::register_tvobject()
+{
+    register_objectname(C_ClassName, create_tvobject);
+}
+
+int TVDBScript::serialise(std::istream* in, std::ostream* out, const std::string& prefix,
+                          int version)
+{
+    try {
+        TV_PASS_ON(serialise_string(in, out, prefix, "name", m_name, false));
+        TV_PASS_ON(serialise_string(in, out, prefix, "script", m_script, false));
+        TV_PASS_ON(serialise_string(in, out, prefix, "shortcut", m_shortcut, false));
+        TV_PASS_ON(TVObject::serialise(in, out, "TVObject", version));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+void TVDBScript::dump(std::ostream& out, int indent) const
+{
+    out << TVDump::indent_string(indent) << "TVDBScript " << m_name;
+    if (!m_shortcut.empty())
+        out << " [" << m_shortcut << "]";
+    if (m_errorLine >= 0)
+        out << " error at line " << m_errorLine << ": " << m_errorText;
+    out << '\n';
+}
