@@ -7,6 +7,7 @@
 #include "LibDatabase/db/tvdbloader.h"
 #include "LibDatabase/db/tvdbreader.h"
 #include "LibDatabase/db/tvdbsaver.h"
+#include "LibDatabase/db/tvdbschema.h"
 #include "LibDatabase/db/tvdbsync.h"
 #include "LibDatabase/db/tvexternaldb.h"
 #include "LibCore/log/tvlog.h"
@@ -84,6 +85,7 @@ TVDatabase::TVDatabase() : d(std::make_unique<TVDatabaseImpl>())
     // The database's own id is the first it gives out: always 0.
     const int id = allocate_id();
     set_id(id, TVDateUtils::now(), true);
+    add_container(*d->m_specs);
     register_tvobject();
 }
 
@@ -98,7 +100,10 @@ void TVDatabase::set_defaults(bool constructing)
 {
     TVDBObject::set_defaults(constructing);
     const int id = get_id();
+    std::unique_ptr<TVDBContainer<TVObjectSpec>> specs = std::move(d->m_specs);
     d = std::make_unique<TVDatabaseImpl>();
+    (void)specs->clear();
+    d->m_specs = std::move(specs);
     d->m_writeTime = TVDateUtils::blank_date();
     d->m_uniqueId = id + 1;
 }
@@ -410,21 +415,221 @@ int TVDatabase::rebuild_after(int index_result)
     return TVErrC_ok;
 }
 
+// ---- Object specs: TVDBSchema --------------------------------------------------------
+
+int TVDatabase::update_vars(int id, bool force)
+{
+    return TVDBSchema(*this).update_vars(id, force);
+}
+
+int TVDatabase::apply_objectspec_to_db(TVDBObject* object, int spec_id, bool add_create)
+{
+    return TVDBSchema(*this).apply_objectspec_to_db(object, spec_id, add_create);
+}
+
+std::string TVDatabase::spec_child_member_tag(const TVDBObject& parent) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).spec_child_member_tag(parent);
+}
+
+int TVDatabase::create_object(TVDBObject* parent, const std::string& member_tag, int spec_id,
+                              TVDBObject** out)
+{
+    try {
+        if (out != nullptr)
+            *out = nullptr;
+        auto* object = new TVDBObject;
+        if (parent == nullptr || parent == this) {
+            TV_PASS_ON(add_object(object, nullptr, "", member_tag, spec_id, ""));
+        } else {
+            const TVDBContainerBase* container = parent->get_container(std::string());
+            if (container == nullptr)
+                container = parent->get_container_by_index(0);
+            TV_PASS_ON(add_object(object, parent, container != nullptr ? container->get_tag() : "",
+                                  member_tag, spec_id, ""));
+        }
+        if (out != nullptr)
+            *out = object;
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::add_sysquants(TVObjectSpec&)
+{
+    return TVErrC_ok;
+}
+
+int TVDatabase::add_objectspec(TVObjectSpec* spec, const std::string& operation)
+{
+    return TVDBSchema(*this).add_objectspec(spec, operation);
+}
+
+int TVDatabase::delete_objectspec(int id)
+{
+    return TVDBSchema(*this).delete_objectspec(id);
+}
+
+int TVDatabase::edit_objectspec(int id, int lock_id)
+{
+    return edit_object(id, false, lock_id);
+}
+
+int TVDatabase::commit_objectspec(int id, const std::string& operation)
+{
+    return TVDBSchema(*this).commit_objectspec(id, operation);
+}
+
+int TVDatabase::revert_objectspec(int id)
+{
+    return TVDBSchema(*this).revert_objectspec(id);
+}
+
+int TVDatabase::rename_spec(const std::string& from, const std::string& to)
+{
+    return TVDBSchema(*this).rename_spec(from, to);
+}
+
+TVObjectSpec* TVDatabase::get_objectspec_by_id(int id) const
+{
+    return id >= 0 ? d->m_specs->find(id) : nullptr;
+}
+
+TVObjectSpec* TVDatabase::get_objectspec_by_name(const std::string& name) const
+{
+    for (TVObjectSpec* spec : *d->m_specs)
+        if (spec->get_name() == name)
+            return spec;
+    return nullptr;
+}
+
+TVObjectSpec* TVDatabase::get_objectspec_by_index(int index) const
+{
+    return index >= 0 && index < d->m_specs->size() ? (*d->m_specs)[index] : nullptr;
+}
+
+int TVDatabase::get_objectspec_id_for_name(const std::string& name) const
+{
+    const TVObjectSpec* spec = get_objectspec_by_name(name);
+    return spec != nullptr ? spec->get_id() : -1;
+}
+
+int TVDatabase::get_nobjectspecs() const
+{
+    return d->m_specs->size();
+}
+
+int TVDatabase::default_spec_id() const
+{
+    return get_objectspec_id_for_name(C_DefaultSpecName);
+}
+
+int TVDatabase::parse_objectspec(TVObjectSpec& spec, int* error_line)
+{
+    return TVDBSchema(*this).parse_objectspec(spec, error_line);
+}
+
+int TVDatabase::parse_objectspecs(bool strict)
+{
+    return TVDBSchema(*this).parse_objectspecs(strict);
+}
+
+int TVDatabase::apply_objectspecs()
+{
+    return TVDBSchema(*this).apply_objectspecs();
+}
+
+int TVDatabase::create_default_spec()
+{
+    return TVDBSchema(*this).create_default_spec();
+}
+
+bool TVDatabase::is_spec_derived_from(int base_id, int spec_id) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).is_spec_derived_from(base_id, spec_id);
+}
+
+bool TVDatabase::objectspec_in_use(int id) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).objectspec_in_use(id);
+}
+
+bool TVDatabase::objectspec_referenced(const std::string& name, std::string& by) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).objectspec_referenced(name, by);
+}
+
+std::vector<int> TVDatabase::get_derived_specs(int base_id) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).get_derived_specs(base_id);
+}
+
+std::vector<TVObjectSpec*> TVDatabase::get_specs(bool all) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).get_specs(all);
+}
+
+std::vector<TVObjectSpec*> TVDatabase::get_allowable_specs(int base_id, bool all) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).get_allowable_specs(base_id, all);
+}
+
+int TVDatabase::get_child_base_spec(const TVDBObject& object) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).get_child_base_spec(object);
+}
+
+void TVDatabase::get_var_values(const std::string& tag, std::vector<std::string>& values) const
+{
+    values = TVDBSchema(const_cast<TVDatabase&>(*this)).get_var_values(tag);
+}
+
+std::vector<std::string> TVDatabase::extra_variables(int id) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).extra_variables(id);
+}
+
+std::vector<std::string> TVDatabase::unfilled_vars(int id) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).unfilled_vars(id);
+}
+
+bool TVDatabase::is_bastard(int id) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).is_bastard(id);
+}
+
+int TVDatabase::export_specs(const std::string& path) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).export_specs(path);
+}
+
+int TVDatabase::import_specs(const std::string& path)
+{
+    return TVDBSchema(*this).import_specs(path);
+}
+
+int TVDatabase::validate_specfile(const std::string& path) const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).validate_specfile(path);
+}
+
+int TVDatabase::do_import(const std::string& file)
+{
+    return TVDBSchema(*this).do_import(file);
+}
+
+int TVDatabase::validate_specs() const
+{
+    return TVDBSchema(const_cast<TVDatabase&>(*this)).validate_specs();
+}
+
 // ---- Layers not in this build -------------------------------------------------------
 //
 // Each answers TVErrC_NotAvailable, a plain outcome that callers pass on as
 // they would ok, but that says nothing was done; import_db, which a user
 // asks for by name, reports it as a warning instead.
-
-int TVDatabase::update_vars(int, bool)
-{
-    return TVErrC_NotAvailable;
-}
-
-int TVDatabase::apply_objectspec_to_db(TVDBObject*, int, bool)
-{
-    return TVErrC_NotAvailable;
-}
 
 int TVDatabase::apply_active_note(TVDBObject&)
 {
@@ -434,11 +639,6 @@ int TVDatabase::apply_active_note(TVDBObject&)
 int TVDatabase::run_trigger(TVDBObject&, const std::string&)
 {
     return TVErrC_NotAvailable;
-}
-
-std::string TVDatabase::spec_child_member_tag(const TVDBObject&) const
-{
-    return std::string();
 }
 
 int TVDatabase::append_values(TVDBObject&, const TVDBObject&)
@@ -567,11 +767,6 @@ int TVDatabase::import_db(const std::string& file, const std::string*)
     return tvwarning(TVErrC_NotAvailable, TVLOCATION,
                      "Merging %s into this file is not available in this version.",
                      file.empty() ? "data" : file.c_str());
-}
-
-int TVDatabase::validate_specs() const
-{
-    return TVErrC_NotAvailable;
 }
 
 int TVDatabase::validate_queries(std::string& script, int& line, std::string& message) const
@@ -873,10 +1068,16 @@ int TVDatabase::upgrade_appfileversion()
 
 int TVDatabase::initialise(bool)
 {
-    resolve_containers();
-    // Object specs, queries and the start-up trigger: the schema layer.
-    mark_changed(TVLOCATION, true);
-    return TVErrC_ok;
+    try {
+        resolve_containers();
+        // Every object on the current specs (queries and the start-up
+        // trigger are layers of their own).
+        TV_PASS_ON(TVDBSchema(*this).initialise());
+        mark_changed(TVLOCATION, true);
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
 }
 
 void TVDatabase::containers_resolved()

@@ -44,6 +44,7 @@
 #include <vector>
 
 class TVExternalDB;
+class TVObjectSpec;
 
 class TVDatabase : public TVThread, public virtual TVDBObject
 {
@@ -202,13 +203,22 @@ public:
     [[nodiscard]] int undo();
     [[nodiscard]] int redo();
 
-    // ---- The schema and script layer ----------------------------------------
+    // ---- Object specs and variables (TVDBSchema, tvdbschema.h) ---------------
     //
-    // Editing calls these. In this build they do nothing and answer
-    // TVErrC_NotAvailable as a plain result, which callers pass on as ok.
+    // Specs are objects of the database (TVObjectSpec, container tag
+    // C_SpecTag) whose text says which variables, children and scripts the
+    // objects that follow them have. A database takes part once it holds a
+    // spec; the first brings "Default" and "TopLevel" along at the next
+    // apply_objectspecs. Editing calls update_vars and apply_objectspec_to_db.
 
-    // Recomputes the variables of an object (-1: of all).
+    // Recomputes the variables of an object (-1: of all, the database
+    // included); without force only those due (update_vars_due). An object
+    // read afresh (a revert, a replay) is linked to its spec again first.
     [[nodiscard]] virtual int update_vars(int id, bool force);
+    // Puts object on the spec of spec_id (a negative id: "Default"), moves
+    // children that no longer fit, and makes mandatory children (with
+    // add_create also the "[^]" ones). Objects that don't use specs and
+    // tombstones are left alone.
     [[nodiscard]] virtual int apply_objectspec_to_db(TVDBObject* object, int spec_id,
                                                      bool add_create);
     [[nodiscard]] virtual int apply_active_note(TVDBObject& object);
@@ -216,6 +226,79 @@ public:
     [[nodiscard]] virtual int run_trigger(TVDBObject& object, const std::string& trigger);
     // The member tag of the first child of the parent's spec; empty if none.
     virtual std::string spec_child_member_tag(const TVDBObject& parent) const;
+    // A child made for a mandatory child of a spec: here a plain
+    // TVDBObject in the parent's container with the empty tag (or its
+    // first), on spec_id. out, if given, receives it (not owned).
+    [[nodiscard]] virtual int create_object(TVDBObject* parent, const std::string& member_tag,
+                                            int spec_id, TVDBObject** out);
+    // Declares the compiled fields a spec's text may refer to, as bare
+    // system TVVarSpecs; none here.
+    [[nodiscard]] virtual int add_sysquants(TVObjectSpec& spec);
+
+    // Takes spec (owned from here on, also on failure) as a child of the database.
+    [[nodiscard]] int add_objectspec(TVObjectSpec* spec, const std::string& operation);
+    // Each of these ends in apply_objectspecs. A spec whose text fails is
+    // still committed, and the failure returned.
+    [[nodiscard]] int delete_objectspec(int id);
+    [[nodiscard]] int edit_objectspec(int id, int lock_id);
+    [[nodiscard]] int commit_objectspec(int id, const std::string& operation);
+    [[nodiscard]] int revert_objectspec(int id);
+    // Renames the spec and the mentions of it in every spec's text.
+    [[nodiscard]] int rename_spec(const std::string& from, const std::string& to);
+    // Live specs only; null when there is none.
+    TVObjectSpec* get_objectspec_by_id(int id) const;
+    TVObjectSpec* get_objectspec_by_name(const std::string& name) const;
+    TVObjectSpec* get_objectspec_by_index(int index) const;
+    // -1 when there is none.
+    int get_objectspec_id_for_name(const std::string& name) const;
+    int get_nobjectspecs() const;
+    int default_spec_id() const;
+    // Compiles one spec: its text, the system values, what inherited
+    // specs bring, the children's spec ids. A failure stays on the spec
+    // (TVObjectSpec::get_parse_error) as well.
+    [[nodiscard]] int parse_objectspec(TVObjectSpec& spec, int* error_line);
+    // Every spec; strict stops at the first failure, otherwise failures
+    // stay on the specs and only errors end it.
+    [[nodiscard]] int parse_objectspecs(bool strict);
+    // The default specs, then every object and the database on its spec,
+    // then every variable worked out.
+    [[nodiscard]] int apply_objectspecs();
+    [[nodiscard]] int create_default_spec();
+    // The ids are equal, or spec_id's spec inherits base_id's.
+    bool is_spec_derived_from(int base_id, int spec_id) const;
+    bool objectspec_in_use(int id) const;
+    // Another spec's text names name; by receives that spec's name.
+    bool objectspec_referenced(const std::string& name, std::string& by) const;
+    std::vector<int> get_derived_specs(int base_id) const;
+    // With all, every live spec; otherwise those offered for new objects
+    // (neither baseOnly nor defunct).
+    std::vector<TVObjectSpec*> get_specs(bool all) const;
+    std::vector<TVObjectSpec*> get_allowable_specs(int base_id, bool all) const;
+    // The spec id that object must derive from, by its parent's spec; -1
+    // when nothing says.
+    int get_child_base_spec(const TVDBObject& object) const;
+    // The values of tag over the live objects, each once, in file order.
+    void get_var_values(const std::string& tag, std::vector<std::string>& values) const;
+
+    // The checker's questions: variables the object's spec lacks (a
+    // stray one kept for its value), variables without a value (a prompt
+    // left empty, a reference never resolved), and whether the object's
+    // member tag is missing from its parent's spec.
+    std::vector<std::string> extra_variables(int id) const;
+    std::vector<std::string> unfilled_vars(int id) const;
+    bool is_bastard(int id) const;
+
+    // The ".tvo" spec file (doc/spec-language.md). export_specs writes
+    // every spec whole or not at all; import_specs takes the file's specs
+    // in by name (text only: compile and apply after); validate_specfile
+    // tries the file on a scratch copy of the specs; do_import validates,
+    // imports, compiles and applies as one operation. A file holding a
+    // query ("<") is refused: queries are not in this build.
+    [[nodiscard]] int export_specs(const std::string& path) const;
+    [[nodiscard]] int import_specs(const std::string& path);
+    [[nodiscard]] int validate_specfile(const std::string& path) const;
+    [[nodiscard]] int do_import(const std::string& file);
+
     // Adds to's variable values to from's (merge_objects).
     [[nodiscard]] virtual int append_values(TVDBObject& from, const TVDBObject& to);
 
@@ -401,16 +484,16 @@ public:
 
     // ---- Import and checks --------------------------------------------------
     //
-    // Until the layers behind them (import, specs and scripts, the
-    // checker) exist they do nothing and answer TVErrC_NotAvailable as a
-    // plain result (import_db, which the user asks for, as a warning), and
-    // the queries answer as for a database with no specs and nothing to
-    // check.
+    // Until the layers behind them (import, scripts, the checker) exist
+    // they do nothing and answer TVErrC_NotAvailable as a plain result
+    // (import_db, which the user asks for, as a warning), and the queries
+    // answer as for a database with nothing to check.
 
     // Takes the objects of another database file (or of text, when file is
     // empty) into this one under new ids.
     [[nodiscard]] virtual int import_db(const std::string& file, const std::string* text);
-    // TVErrC_ok when every object spec parses.
+    // TVErrC_ok when every object spec compiled at its last compile;
+    // otherwise the first failure's message, as a warning for the user.
     [[nodiscard]] virtual int validate_specs() const;
     // TVErrC_ok when every script parses; otherwise the first failure's
     // script name, line and message.
@@ -467,6 +550,7 @@ private:
     friend class TVDBLoader;
     friend class TVDBSaver;
     friend class TVDBSync;
+    friend class TVDBSchema;
 
     // Destroys every object; the names and flags stay.
     void clear_objects();

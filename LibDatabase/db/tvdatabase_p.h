@@ -11,13 +11,16 @@
 #include "LibCore/ptrarray/tvptrarray.h"
 #include "LibDatabase/db/tvdatabase.h"
 #include "LibDatabase/db/tvdbchangejournal.h"
+#include "LibDatabase/db/tvdbcontainer.h"
 #include "LibDatabase/db/tvdbformat.h"
 #include "LibDatabase/db/tvdbindex.h"
 #include "LibDatabase/db/tvexternaldb.h"
+#include "LibDatabase/db/tvobjectspec.h"
 #include "LibDate/core/tvdate.h"
 
 #include <atomic>
 #include <map>
+#include <memory>
 #include <string>
 
 
@@ -78,6 +81,11 @@ struct TVDatabase::TVDatabaseImpl {
     // stamped save, a replace, a load): what changed since, merged data
     // included, a peer may not hold.
     long m_linkWrite = 0;
+
+    // The specs, as the database's children of C_SpecTag. Held apart so
+    // that the registration with the database outlives a set_defaults.
+    std::unique_ptr<TVDBContainer<TVObjectSpec>> m_specs{
+        std::make_unique<TVDBContainer<TVObjectSpec>>(C_SpecTag)};
 
     TVCondVar m_recalcSignal;
     TVMutex m_completeLock;

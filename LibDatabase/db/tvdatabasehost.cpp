@@ -66,3 +66,8 @@ void TVDatabaseHost::object_updated(const TVDatabase* db, int id) const
     if (live_databases().count(db) != 0)
         const_cast<TVDatabase*>(db)->note_changed(id);
 }
+
+const TVObjectSpec* TVDatabaseHost::objectspec(const TVDatabase& db, int id) const
+{
+    return db.get_objectspec_by_id(id);
+}

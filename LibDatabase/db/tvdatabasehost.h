@@ -29,6 +29,7 @@ public:
     void record_structure_change(TVDatabase& db, long counter) const override;
     int appfileversion(const TVDatabase& db) const override;
     void object_updated(const TVDatabase* db, int id) const override;
+    const TVObjectSpec* objectspec(const TVDatabase& db, int id) const override;
 };
 
 #endif // TVDATABASEHOST_H

@@ -16,3 +16,8 @@ const TVDBHost* TVDBHost::installed()
 {
     return s_host.load();
 }
+
+const TVObjectSpec* TVDBHost::objectspec(const TVDatabase&, int) const
+{
+    return nullptr;
+}

@@ -22,6 +22,7 @@
 // help (the update counters are atomics).
 
 class TVDatabase;
+class TVObjectSpec;
 
 class TVDBHost
 {
@@ -43,6 +44,8 @@ public:
     // (mark_update). db may be gone (a copy outlived it): the host checks
     // before it asks it anything.
     virtual void object_updated(const TVDatabase* db, int id) const = 0;
+    // The spec of that id in db; null when there is none (and here).
+    virtual const TVObjectSpec* objectspec(const TVDatabase& db, int id) const;
 
     // Not owned; it must outlive every database. Null uninstalls.
     static void install(const TVDBHost* host);

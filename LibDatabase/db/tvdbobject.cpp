@@ -4,7 +4,11 @@
 #include "LibCore/textstr/tvtextstr.h"
 #include "LibDatabase/db/tvdbcontainerbase.h"
 #include "LibDatabase/db/tvdbhost.h"
+#include "LibDatabase/db/tvdbparser.h"
+#include "LibDatabase/db/tvdbexpression.h"
 #include "LibDatabase/db/tvdbscript.h"
+#include "LibDatabase/db/tvobjectspec.h"
+#include "LibDatabase/db/tvvariable.h"
 #include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlobjectarray.h"
@@ -20,6 +24,17 @@
 namespace {
 constexpr const char* C_ClassName = "TVDBObject";
 const TVObjectPreReg s_preReg(C_ClassName, TVDBObject::create_tvobject);
+
+// The engine's code for an object that takes no spec (tvdatabase.h).
+int TVDatabase_InvalidObjectSpec()
+{
+    static const int code = tv_builtin_code("TVDatabase::TVErrC_InvalidObjectSpec");
+    return code;
+}
+
+// Bounds on one pass over a text: runaway references and expressions stop here.
+constexpr int C_MaxVarScans = 10000;
+constexpr int C_MaxExpressions = 100;
 
 // A change location older than this is no longer worth showing.
 constexpr long C_ModifyLocLifeSecs = 86400;
@@ -39,14 +54,6 @@ void clone_all(const TVPtrArray<T>& from, TVPtrArray<T>& to)
 }
 } // namespace
 
-// One stored variable as the "V" lines carry it. The schema layer's
-// TVVariable takes its place; until then the lines go round unchanged.
-struct TVDBVarLine {
-    std::string m_tag;
-    bool m_initialised = false;
-    std::string m_value;
-};
-
 struct TVDBObject::TVDBObjectImpl {
     int m_id = -1;
     std::unique_ptr<TVDBObject> m_backup;
@@ -59,7 +66,7 @@ struct TVDBObject::TVDBObjectImpl {
     TVDatabase* m_database = nullptr;
     std::vector<TVDBObjectLink> m_links;
     int m_specId = -1;
-    std::vector<TVDBVarLine> m_variables;
+    TVPtrArray<TVVariable> m_variables{true};
     bool m_objectSerialised = false;
     bool m_triggerUpdateVars = false;
     TVDate m_createTime{TVDate::C_Blank};
@@ -108,7 +115,7 @@ void TVDBObject::copy_fields(const TVDBObject& other)
     d->m_database = o.m_database;
     d->m_links = o.m_links;
     d->m_specId = o.m_specId;
-    d->m_variables = o.m_variables;
+    clone_all(o.m_variables, d->m_variables);
     d->m_objectSerialised = o.m_objectSerialised;
     d->m_triggerUpdateVars = o.m_triggerUpdateVars;
     d->m_createTime = o.m_createTime;
@@ -145,11 +152,13 @@ int TVDBObject::serialise(std::istream* in, std::ostream* out, const std::string
                           int version)
 {
     try {
+        // A derived value is worked out again after a read, and a system
+        // value lives in its compiled field: neither needs a line when empty.
         std::vector<std::string> varLines;
         if (out != nullptr)
-            for (const TVDBVarLine& var : d->m_variables)
-                varLines.push_back(var.m_tag + (var.m_initialised ? "#1 " : "#0 ") +
-                                   tv_stream_out(var.m_value));
+            for (const TVVariable* var : d->m_variables)
+                if (!var->is_derived() && !(var->is_sysvalue() && var->get_value().empty()))
+                    varLines.push_back(var_to_string(*var));
 
         int result = serialise_value(in, out, prefix, "I", TVSrlValue<int>(d->m_id, -1));
         if (!istvwarn(result))
@@ -195,8 +204,8 @@ int TVDBObject::serialise(std::istream* in, std::ostream* out, const std::string
         if (!istvwarn(result) && in != nullptr) {
             if (d->m_parentId == d->m_id)
                 d->m_parentId = -1;
-            for (TVDBVarLine& var : d->m_variables)
-                var.m_initialised = true;
+            for (TVVariable* var : d->m_variables)
+                var->set_value(var->get_value(), true);
             for (const std::string& line : varLines) {
                 result = var_from_string(line);
                 if (istvwarn(result))
@@ -236,15 +245,18 @@ int TVDBObject::var_from_string(const std::string& line)
         return tvwarning(TVErrC_FileLineInvalid, TVLOCATION, "Invalid embedded variable %s",
                          line.c_str());
     const std::string tag = line.substr(0, end);
-    auto var = std::find_if(d->m_variables.begin(), d->m_variables.end(),
-                            [&tag](const TVDBVarLine& v) { return v.m_tag == tag; });
-    if (var == d->m_variables.end()) {
-        d->m_variables.push_back(TVDBVarLine{tag, false, std::string()});
-        var = d->m_variables.end() - 1;
+    TVVariable* var = get_var_by_tag(tag, false);
+    if (var == nullptr) {
+        var = new TVVariable(tag, std::string(), false);
+        d->m_variables.add(var);
     }
-    var->m_initialised = line[end + 1] != '0';
-    var->m_value = tv_stream_in(line.substr(end + 3));
+    var->set_value(tv_stream_in(line.substr(end + 3)), line[end + 1] == '1');
     return TVErrC_ok;
+}
+
+std::string TVDBObject::var_to_string(const TVVariable& var)
+{
+    return var.get_tag() + (var.isinitialised() ? "#1 " : "#0 ") + tv_stream_out(var.get_value());
 }
 
 void TVDBObject::dump(std::ostream& out, int indent) const
@@ -344,9 +356,38 @@ bool TVDBObject::uses_spec() const
     return true;
 }
 
-int TVDBObject::apply_objectspec(const TVObjectSpec&)
+int TVDBObject::apply_objectspec(const TVObjectSpec& spec)
 {
-    return TVErrC_ok;
+    try {
+        if (!uses_spec())
+            return tvwarning(TVDatabase_InvalidObjectSpec(), TVLOCATION,
+                             "This object does not use object specs.");
+        for (int i = 0; i < spec.get_nvarspecs(); ++i) {
+            const TVVarSpec* definition = spec.get_varspec_by_index(i);
+            TVVariable* var = get_var_by_tag(definition->get_tag(), false);
+            if (var == nullptr) {
+                // A restored object's new variable keeps what the file had: nothing to work out.
+                var = new TVVariable(definition->get_tag(), std::string(),
+                                     !definition->is_derived() && d->m_objectSerialised);
+                d->m_variables.add(var);
+                if (!d->m_objectSerialised)
+                    mark_changed(TVLOCATION, true);
+            }
+            var->link(*definition);
+        }
+        // A stray variable with a value stays: no user data is lost when a spec changes.
+        for (int i = d->m_variables.size(); i-- > 0;) {
+            const TVVariable* var = d->m_variables[i];
+            if (var->get_value().empty() && spec.get_varspec_by_name(var->get_tag()) == nullptr)
+                (void)d->m_variables.erase(i);
+        }
+        d->m_objectSerialised = false;
+        TV_PASS_ON(update_vars());
+        set_spec_id(spec.get_id());
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
 }
 
 std::string TVDBObject::get_sysvalue(const std::string&) const
@@ -785,12 +826,309 @@ TVDBScript* TVDBObject::get_own_script(const std::string& name) const
     return nullptr;
 }
 
-// ---- Variables and display state ---------------------------------------------------------
+TVDBScript* TVDBObject::get_script(const std::string& name) const
+{
+    if (TVDBScript* own = get_own_script(name))
+        return own;
+    const TVDBHost* host = TVDBHost::installed();
+    if (host == nullptr || d->m_database == nullptr || d->m_specId < 0)
+        return nullptr;
+    const TVObjectSpec* spec = host->objectspec(*d->m_database, d->m_specId);
+    return spec != nullptr ? spec->get_own_script(name) : nullptr;
+}
+
+// ---- Variables -------------------------------------------------------------------------
 
 int TVDBObject::get_nvariables() const
 {
-    return static_cast<int>(d->m_variables.size());
+    return d->m_variables.size();
 }
+
+int TVDBObject::get_nvars(bool visible_only) const
+{
+    if (!visible_only)
+        return d->m_variables.size();
+    return static_cast<int>(std::count_if(d->m_variables.begin(), d->m_variables.end(),
+                                          [](const TVVariable* v) { return !v->is_private(); }));
+}
+
+TVVariable* TVDBObject::get_var_by_index(int index, bool visible_only) const
+{
+    for (TVVariable* var : d->m_variables)
+        if ((!visible_only || !var->is_private()) && index-- == 0)
+            return var;
+    return nullptr;
+}
+
+TVVariable* TVDBObject::get_var_by_tag(const std::string& tag, bool search) const
+{
+    for (const TVDBObject* object = this; object != nullptr;
+         object = search ? object->get_parent() : nullptr)
+        for (TVVariable* var : object->d->m_variables)
+            if (var->get_tag() == tag)
+                return var;
+    return nullptr;
+}
+
+namespace {
+// The object that holds tag's variable, this one or (with search) a parent.
+TVDBObject* var_holder(TVDBObject* object, const std::string& tag, bool search)
+{
+    for (; object != nullptr; object = search ? object->get_parent() : nullptr)
+        if (object->get_var_by_tag(tag, false) != nullptr)
+            return object;
+    return nullptr;
+}
+} // namespace
+
+void TVDBObject::add_var(TVVariable* var)
+{
+    if (var != nullptr)
+        d->m_variables.add(var);
+}
+
+bool TVDBObject::remove_var_by_index(int index)
+{
+    if (index < 0 || index >= d->m_variables.size())
+        return false;
+    return d->m_variables.erase(index) == TVErrC_ok;
+}
+
+void TVDBObject::clear_vars()
+{
+    d->m_variables.clear();
+}
+
+std::string TVDBObject::get_var_value(const std::string& tag, bool search, bool increment)
+{
+    TVDBObject* holder = var_holder(this, tag, search);
+    if (holder == nullptr)
+        return TVDBParser::C_VarStart + tag + TVDBParser::C_VarEnd;
+    TVVariable* var = holder->get_var_by_tag(tag, false);
+    if (var->is_auto() && increment && var->iscached()) {
+        // The width of the value sets the width of the next number: "007" keeps "008".
+        const std::string value = var->get_value();
+        const long next = tv_string_to_long(value, 0) + 1;
+        var->set_value(tv_sprintf("%0*ld", static_cast<int>(value.size()), next), true);
+        holder->mark_changed(TVLOCATION, true);
+        return value;
+    }
+    if (!var->iscached()) {
+        if (var->is_sysvalue())
+            return holder->get_sysvalue(tag);
+        var->clone_spec();
+        (void)holder->expand_var(*var);
+    }
+    return var->get_value();
+}
+
+int TVDBObject::set_var_value(const std::string& tag, const std::string& value, bool search)
+{
+    try {
+        TVDBObject* holder = var_holder(this, tag, search);
+        TVVariable* var = holder != nullptr ? holder->get_var_by_tag(tag, false) : nullptr;
+        if (var != nullptr && var->get_value() == value)
+            return TVErrC_ok;
+        if (var == nullptr) {
+            holder = this;
+            d->m_variables.add(new TVVariable(tag, value, true));
+        } else {
+            var->set_value(value, true);
+        }
+        TV_PASS_ON(holder->set_sysvalue(tag, value));
+        holder->trigger_update_vars();
+        holder->mark_changed(TVLOCATION, true);
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+bool TVDBObject::var_is_calculated(const std::string& tag) const
+{
+    const TVVariable* var = get_var_by_tag(tag, false);
+    return var != nullptr && (var->is_derived() || (var->is_sysvalue() && sysval_is_calculated(tag)));
+}
+
+int TVDBObject::update_vars()
+{
+    try {
+        for (TVVariable* var : d->m_variables) {
+            const bool calculated = var->is_sysvalue() && sysval_is_calculated(var->get_tag());
+            if ((var->is_derived() || !var->isinitialised()) && !calculated)
+                var->clone_spec();
+            else if (var->is_sysvalue())
+                var->set_value(get_sysvalue(var->get_tag()), var->isinitialised());
+        }
+        // Which variables are left to work out, in the order they stand.
+        const auto pending = [this](const TVVariable& var) {
+            return !var.isinitialised() && !(var.is_prompt() && !var.is_derived()) &&
+                   !(var.is_sysvalue() && sysval_is_calculated(var.get_tag()));
+        };
+        for (bool progress = true; progress;) {
+            progress = false;
+            for (int i = 0; i < d->m_variables.size(); ++i) {
+                TVVariable& var = *d->m_variables[i];
+                if (!pending(var))
+                    continue;
+                const int result = expand_var(var);
+                if (istvwarn(result))
+                    return tv_trail_return(result, TVLOCATION);
+                if (result != TVErrC_okFinished)
+                    continue;
+                progress = true;
+                if (var.is_sysvalue())
+                    TV_PASS_ON(set_sysvalue(var.get_tag(), var.get_value()));
+            }
+        }
+        for (TVVariable* var : d->m_variables)
+            if (var->is_sysvalue() && pending(*var))
+                TV_PASS_ON(set_sysvalue(var->get_tag(), var->get_value()));
+        clear_update_vars_due();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBObject::expand_var(TVVariable& var)
+{
+    std::string text = var.get_value();
+    const int result = apply_vars(text, !var.is_derived() && !var.isinitialised(), &var);
+    if (istvwarn(result))
+        return tv_trail_return(result, TVLOCATION);
+    var.set_value(text, result == TVErrC_okFinished);
+    return result;
+}
+
+bool TVDBObject::extract_var(const std::string& inner, TVVarRef& ref)
+{
+    ref.modifier = 0;
+    ref.levels = 0;
+    size_t pos = 0;
+    for (;;) {
+        if (inner.compare(pos, 1, TVDBParser::C_VarModifier) == 0 && pos + 2 < inner.size()) {
+            ref.modifier = inner[pos + 1];
+            pos += 2;
+        } else if (inner.compare(pos, 1, TVDBParser::C_VarParent) == 0) {
+            ++ref.levels;
+            ++pos;
+        } else {
+            break;
+        }
+    }
+    ref.tag = inner.substr(pos);
+    return !ref.tag.empty();
+}
+
+bool TVDBObject::locate_next_var(const std::string& text, size_t from, TVVarRef& ref)
+{
+    const std::string start = TVDBParser::C_VarStart;
+    for (size_t begin = text.find(start, from); begin != std::string::npos;
+         begin = text.find(start, begin + 1)) {
+        const size_t end = text.find(TVDBParser::C_VarEnd, begin + start.size());
+        if (end == std::string::npos)
+            return false;
+        if (extract_var(text.substr(begin + start.size(), end - begin - start.size()), ref)) {
+            ref.begin = begin;
+            ref.end = end;
+            return true;
+        }
+    }
+    return false;
+}
+
+std::vector<TVDBObject::TVVarRef> TVDBObject::locate_vars(const std::string& text)
+{
+    std::vector<TVVarRef> refs;
+    TVVarRef ref;
+    for (size_t from = 0; locate_next_var(text, from, ref); from = ref.end + 1)
+        refs.push_back(ref);
+    return refs;
+}
+
+namespace {
+// The end of the expression whose "$=(" stands at begin: its matching ")",
+// or the end of the text when the parentheses don't balance.
+size_t expression_end(const std::string& text, size_t begin)
+{
+    int depth = 0;
+    for (size_t i = begin + std::string(TVDBParser::C_ExprStart).size() - 1; i < text.size(); ++i) {
+        if (text[i] == TVDBParser::C_OpenBracket)
+            ++depth;
+        else if (text[i] == TVDBParser::C_CloseBracket && --depth == 0)
+            return i;
+    }
+    return text.size();
+}
+
+std::string apply_modifier(const std::string& value, char modifier)
+{
+    if (modifier == 'L' || modifier == 'l')
+        return tv_tolower(value);
+    if (modifier == 'U' || modifier == 'u') {
+        std::string upper = value;
+        for (char& c : upper)
+            c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        return upper;
+    }
+    return value;
+}
+} // namespace
+
+int TVDBObject::apply_vars(std::string& text, bool increment, TVVariable* owner)
+{
+    try {
+        bool unresolved = false;
+        size_t from = 0;
+        TVVarRef ref;
+        for (int scan = 0; scan < C_MaxVarScans && locate_next_var(text, from, ref); ++scan) {
+            TVDBObject* target = this;
+            for (int up = 0; up < ref.levels && target != nullptr; ++up)
+                target = target->get_parent();
+            const TVVariable* var = target != nullptr ? target->get_var_by_tag(ref.tag, true) : nullptr;
+            if (var == nullptr || !var->isinitialised()) {
+                // Left in the text for a later pass, which may know more.
+                unresolved = true;
+                from = ref.begin + 1;
+                continue;
+            }
+            const std::string value =
+                apply_modifier(target->get_var_value(ref.tag, true, increment), ref.modifier);
+            text.replace(ref.begin, ref.end + 1 - ref.begin, value);
+            from = ref.begin + value.size();
+        }
+        if (unresolved)
+            return TVErrC_okNotFinished;
+        const std::string start = TVDBParser::C_ExprStart;
+        size_t begin = text.find(start);
+        for (int index = 0; begin != std::string::npos && index < C_MaxExpressions; ++index) {
+            const size_t end = expression_end(text, begin);
+            const std::string expression = text.substr(begin + start.size(),
+                                                       end - std::min(end, begin + start.size()));
+            std::string result;
+            TV_PASS_ON(tv_evaluate_expression(owner, expression, index, result));
+            text.replace(begin, std::min(end + 1, text.size()) - begin, result);
+            begin = text.find(start, begin + result.size());
+        }
+        return TVErrC_okFinished;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+bool TVDBObject::linked_to(const TVObjectSpec& spec) const
+{
+    for (int i = 0; i < spec.get_nvarspecs(); ++i) {
+        const TVVarSpec* definition = spec.get_varspec_by_index(i);
+        const TVVariable* var = get_var_by_tag(definition->get_tag(), false);
+        if (var == nullptr || !var->shares_definition(*definition))
+            return false;
+    }
+    return true;
+}
+
+// ---- Display state ------------------------------------------------------------------------
 
 bool TVDBObject::is_serialised() const
 {

@@ -37,6 +37,7 @@
 #include "LibObject/object/tvobject.h"
 
 #include <iosfwd>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -46,6 +47,7 @@ class TVDBContainerBase;
 class TVDBNote;
 class TVDBScript;
 class TVObjectSpec;
+class TVVariable;
 
 class TVDBObject : public TVObject, public TVUpdateCounter, public TVLockable
 {
@@ -98,6 +100,11 @@ public:
     // One line for lists; empty here.
     virtual std::string get_summary() const;
     virtual bool uses_spec() const;
+    // Gives the object a variable for each of spec's, linked to its
+    // definition, drops variables the spec lacks that hold no value (one
+    // with a value stays, for the checker to show), works the values out
+    // and takes spec's id. TVDatabase::TVErrC_InvalidObjectSpec (a
+    // warning) for an object that does not use specs.
     [[nodiscard]] virtual int apply_objectspec(const TVObjectSpec& spec);
     // System values (the schema layer); none here: empty, TVErrC_ok, false.
     virtual std::string get_sysvalue(const std::string& tag) const;
@@ -221,11 +228,82 @@ public:
     void clear_scripts();
     // This object's own script of that name; null when it has none.
     TVDBScript* get_own_script(const std::string& name) const;
+    // The script of that name: this object's own first, then its spec's
+    // (inherited scripts are copied into the spec); null when neither has it.
+    TVDBScript* get_script(const std::string& name) const;
 
-    // ---- Variables and display state ----------------------------------------
+    // ---- Variables ------------------------------------------------------------
+    //
+    // An object that uses_spec carries variables (TVVariable), each linked to
+    // its spec's definition once the spec is applied. Values are worked out
+    // by update_vars: "$<NAME>" in a definition's text stands for the value
+    // of NAME, looked up on this object and then its parents ("$<^NAME>"
+    // starts at the parent, "$<%UNAME>" upper-cases, "%L" lower-cases), and
+    // "$=(...)" is evaluated once no reference is left
+    // (tv_evaluate_expression, tvdbexpression.h).
 
+    // Owned variables, in order; with visible_only the private ones are skipped.
     int get_nvariables() const;
-    // Set once the object has been read from a stream.
+    int get_nvars(bool visible_only) const;
+    // Null for a bad index.
+    TVVariable* get_var_by_index(int index, bool visible_only) const;
+    // With search, the parents are asked too, nearest first. Null when none has it.
+    TVVariable* get_var_by_tag(const std::string& tag, bool search) const;
+    // Takes var; appended.
+    void add_var(TVVariable* var);
+    bool remove_var_by_index(int index);
+    void clear_vars();
+    // The value of tag; "$<tag>" when there is no such variable. An auto
+    // variable, with increment, hands out its value and keeps the next
+    // number, zero-padded to the same width ("007" gives "007", keeps "008").
+    std::string get_var_value(const std::string& tag, bool search, bool increment);
+    // Sets the value as final (a new variable when there is none), passes
+    // it to set_sysvalue and stamps the object holding it. The same value
+    // changes nothing.
+    [[nodiscard]] int set_var_value(const std::string& tag, const std::string& value, bool search);
+    // Derived, or a system value that the class computes.
+    bool var_is_calculated(const std::string& tag) const;
+    // Works out every variable that is not final, in passes until one
+    // makes no progress (variables may refer to each other in any order;
+    // two that refer to each other stay unworked, their references in view).
+    [[nodiscard]] int update_vars();
+    // One expansion of the variable's value; it becomes final when every
+    // reference was replaced (TVErrC_okFinished).
+    [[nodiscard]] int expand_var(TVVariable& var);
+    // Replaces the references in text and then its expressions; gives
+    // TVErrC_okFinished, or TVErrC_okNotFinished while a reference is
+    // unknown or not yet final (it stays in the text). owner, which may be
+    // null, is the variable whose expressions these are. With increment an
+    // auto variable referred to counts on.
+    [[nodiscard]] int apply_vars(std::string& text, bool increment, TVVariable* owner);
+    // A reference: [begin, end] spans "$<" to ">" in the text.
+    struct TVVarRef {
+        size_t begin = 0;
+        size_t end = 0;
+        std::string tag;
+        char modifier = 0; // 'L', 'U' (either case) or 0
+        int levels = 0;    // how many parents up the lookup starts
+    };
+    // Every reference of text, in order.
+    static std::vector<TVVarRef> locate_vars(const std::string& text);
+    // The next reference at or after from; false when there is none.
+    static bool locate_next_var(const std::string& text, size_t from, TVVarRef& ref);
+    // Reads the prefixes ("%X", "^") and the tag out of the text between
+    // "$<" and ">"; false when no tag is left.
+    static bool extract_var(const std::string& inner, TVVarRef& ref);
+    // "tag#1 value" (or "#0" when not final), the value stream-escaped: the
+    // "V" line of the serial form.
+    static std::string var_to_string(const TVVariable& var);
+    // Applies one "V" line; TVErrC_FileLineInvalid if it is malformed.
+    [[nodiscard]] int var_from_string(const std::string& line);
+    // Whether every variable of spec has a variable here that shares its
+    // definition.
+    bool linked_to(const TVObjectSpec& spec) const;
+
+    // ---- Display state --------------------------------------------------------
+
+    // Set once the object has been read from a stream, until a spec is
+    // applied to it: variables a spec adds to a restored object start final.
     bool is_serialised() const;
     bool update_vars_due() const;
     void clear_update_vars_due();
@@ -239,8 +317,6 @@ protected:
 private:
     struct TVDBObjectImpl;
 
-    // Applies one "V" line; TVErrC_FileLineInvalid if it is malformed.
-    [[nodiscard]] int var_from_string(const std::string& line);
     void copy_fields(const TVDBObject& other);
     void finish_read();
 
