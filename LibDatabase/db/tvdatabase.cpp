@@ -435,25 +435,7 @@ std::string TVDatabase::spec_child_member_tag(const TVDBObject& parent) const
 int TVDatabase::create_object(TVDBObject* parent, const std::string& member_tag, int spec_id,
                               TVDBObject** out)
 {
-    try {
-        if (out != nullptr)
-            *out = nullptr;
-        auto* object = new TVDBObject;
-        if (parent == nullptr || parent == this) {
-            TV_PASS_ON(add_object(object, nullptr, "", member_tag, spec_id, ""));
-        } else {
-            const TVDBContainerBase* container = parent->get_container(std::string());
-            if (container == nullptr)
-                container = parent->get_container_by_index(0);
-            TV_PASS_ON(add_object(object, parent, container != nullptr ? container->get_tag() : "",
-                                  member_tag, spec_id, ""));
-        }
-        if (out != nullptr)
-            *out = object;
-        return TVErrC_ok;
-    } catch (const TVErrDetails&) {
-        tv_trail_throw(TVLOCATION);
-    }
+    return TVDBSchema(*this).create_object(parent, member_tag, spec_id, out);
 }
 
 int TVDatabase::add_sysquants(TVObjectSpec&)

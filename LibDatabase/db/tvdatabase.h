@@ -226,9 +226,10 @@ public:
     [[nodiscard]] virtual int run_trigger(TVDBObject& object, const std::string& trigger);
     // The member tag of the first child of the parent's spec; empty if none.
     virtual std::string spec_child_member_tag(const TVDBObject& parent) const;
-    // A child made for a mandatory child of a spec: here a plain
-    // TVDBObject in the parent's container with the empty tag (or its
-    // first), on spec_id. out, if given, receives it (not owned).
+    // A child made for a mandatory child of a spec, on spec_id: here an
+    // object of the parent's own class, or else a plain TVDBObject, in the
+    // parent's first container that takes it (at the top level for the
+    // database). out, if given, receives it (not owned).
     [[nodiscard]] virtual int create_object(TVDBObject* parent, const std::string& member_tag,
                                             int spec_id, TVDBObject** out);
     // Declares the compiled fields a spec's text may refer to, as bare

@@ -71,3 +71,8 @@ const TVObjectSpec* TVDatabaseHost::objectspec(const TVDatabase& db, int id) con
 {
     return db.get_objectspec_by_id(id);
 }
+
+TVDBObject* TVDatabaseHost::database_object(TVDatabase& db) const
+{
+    return &db;
+}

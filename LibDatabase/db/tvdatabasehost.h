@@ -30,6 +30,7 @@ public:
     int appfileversion(const TVDatabase& db) const override;
     void object_updated(const TVDatabase* db, int id) const override;
     const TVObjectSpec* objectspec(const TVDatabase& db, int id) const override;
+    TVDBObject* database_object(TVDatabase& db) const override;
 };
 
 #endif // TVDATABASEHOST_H

@@ -50,6 +50,11 @@ public:
         return TVErrC_ok;
     }
 
+    bool accepts(const TVDBObject& object) const override
+    {
+        return dynamic_cast<const T*>(&object) != nullptr;
+    }
+
     int clear() override
     {
         m_objects.clear();

@@ -38,3 +38,8 @@ std::ostream& operator<<(std::ostream& out, const TVDBContainerBase& container)
     container.dump(out, 0);
     return out;
 }
+
+bool TVDBContainerBase::accepts(const TVDBObject&) const
+{
+    return false;
+}

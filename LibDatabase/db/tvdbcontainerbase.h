@@ -32,6 +32,8 @@ public:
     // Appends every member with that member tag to found (not owned).
     virtual void find_all_member_tag(const std::string& tag, TVPtrArray<TVDBObject>& found) const;
     virtual int get_num_member_tag(const std::string& tag) const;
+    // Whether add_object would take object; false here.
+    virtual bool accepts(const TVDBObject& object) const;
 
     const std::string& get_tag() const { return m_tag; }
     // Only TVDBObject::remap_container renames, so that its map follows.

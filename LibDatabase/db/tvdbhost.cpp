@@ -21,3 +21,8 @@ const TVObjectSpec* TVDBHost::objectspec(const TVDatabase&, int) const
 {
     return nullptr;
 }
+
+TVDBObject* TVDBHost::database_object(TVDatabase&) const
+{
+    return nullptr;
+}

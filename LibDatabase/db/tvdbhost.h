@@ -22,6 +22,7 @@
 // help (the update counters are atomics).
 
 class TVDatabase;
+class TVDBObject;
 class TVObjectSpec;
 
 class TVDBHost
@@ -46,6 +47,8 @@ public:
     virtual void object_updated(const TVDatabase* db, int id) const = 0;
     // The spec of that id in db; null when there is none (and here).
     virtual const TVObjectSpec* objectspec(const TVDatabase& db, int id) const;
+    // db as the object of its own file, above the top-level objects; null here.
+    virtual TVDBObject* database_object(TVDatabase& db) const;
 
     // Not owned; it must outlive every database. Null uninstalls.
     static void install(const TVDBHost* host);

@@ -518,6 +518,16 @@ TVDBObject* TVDBObject::get_parent() const
     return d->m_parent;
 }
 
+TVDBObject* TVDBObject::get_upper() const
+{
+    if (d->m_parent != nullptr)
+        return d->m_parent;
+    const TVDBHost* host = TVDBHost::installed();
+    TVDBObject* root =
+        host != nullptr && d->m_database != nullptr ? host->database_object(*d->m_database) : nullptr;
+    return root != this ? root : nullptr;
+}
+
 void TVDBObject::set_parent(TVDBObject* parent, const std::string& container_tag,
                             const std::string& member_tag, TVDatabase* db)
 {
@@ -863,7 +873,7 @@ TVVariable* TVDBObject::get_var_by_index(int index, bool visible_only) const
 TVVariable* TVDBObject::get_var_by_tag(const std::string& tag, bool search) const
 {
     for (const TVDBObject* object = this; object != nullptr;
-         object = search ? object->get_parent() : nullptr)
+         object = search ? object->get_upper() : nullptr)
         for (TVVariable* var : object->d->m_variables)
             if (var->get_tag() == tag)
                 return var;
@@ -874,7 +884,7 @@ namespace {
 // The object that holds tag's variable, this one or (with search) a parent.
 TVDBObject* var_holder(TVDBObject* object, const std::string& tag, bool search)
 {
-    for (; object != nullptr; object = search ? object->get_parent() : nullptr)
+    for (; object != nullptr; object = search ? object->get_upper() : nullptr)
         if (object->get_var_by_tag(tag, false) != nullptr)
             return object;
     return nullptr;
@@ -1085,7 +1095,7 @@ int TVDBObject::apply_vars(std::string& text, bool increment, TVVariable* owner)
         for (int scan = 0; scan < C_MaxVarScans && locate_next_var(text, from, ref); ++scan) {
             TVDBObject* target = this;
             for (int up = 0; up < ref.levels && target != nullptr; ++up)
-                target = target->get_parent();
+                target = target->get_upper();
             const TVVariable* var = target != nullptr ? target->get_var_by_tag(ref.tag, true) : nullptr;
             if (var == nullptr || !var->isinitialised()) {
                 // Left in the text for a later pass, which may know more.

@@ -151,6 +151,9 @@ public:
     int get_parent_id() const;
     // Null until resolve_containers (or set_parent) has run.
     TVDBObject* get_parent() const;
+    // The parent, or for a top-level object its database; null for the
+    // database itself and for a free object. Variables are looked up this way.
+    TVDBObject* get_upper() const;
     // With a parent, takes its id and the tags; without, clears all three.
     // The database is stored in either case. A change of the parent id or
     // a tag marks the object changed.

@@ -2,11 +2,14 @@
 
 #include "LibCore/textstr/tvtextstr.h"
 #include "LibDatabase/db/tvdatabase.h"
+#include "LibDatabase/db/tvdbcontainerbase.h"
 #include "LibDatabase/db/tvdbwritefile.h"
 #include "LibDatabase/db/tvobjectspec.h"
 #include "LibDatabase/db/tvobjectspecchild.h"
+#include "LibDatabase/db/tvresolvecontainers.h"
 #include "LibDatabase/db/tvspecparser.h"
 #include "LibDatabase/db/tvvariable.h"
+#include "LibObject/object/tvobjectindexentry.h"
 #include "LibObject/object/tvtrail.h"
 
 #include <algorithm>
@@ -14,6 +17,11 @@
 #include <sstream>
 
 namespace {
+
+// Mandatory children that make mandatory children stop this deep: a spec
+// may name itself.
+constexpr int C_MaxSpecDepth = 20;
+thread_local int s_applyDepth = 0;
 
 const char* const C_DefaultSpecText =
     "# Default objects can also have default objects as children\n$[Object] = ${Default}[];\n";
@@ -182,8 +190,9 @@ int TVDBSchema::create_default_spec()
             added.push_back(spec);
             topAdded = topAdded || entry.first == std::string(TVDatabase::C_TopLevelSpecName);
         }
-        for (TVObjectSpec* spec : added)
-            TV_PASS_ON(parse_objectspec(*spec, nullptr));
+        // Other specs may name the new ones: all compile again.
+        if (!added.empty())
+            TV_PASS_ON(parse_objectspecs(false));
         if (topAdded)
             TV_PASS_ON(apply_objectspec_to_db(&m_db,
                                               m_db.get_objectspec_id_for_name(
@@ -239,9 +248,19 @@ int TVDBSchema::apply_objectspec_to_db(TVDBObject* object, int spec_id, bool add
     try {
         if (object == nullptr || !object->uses_spec() || object->is_deleted())
             return TVErrC_ok;
+        if (s_applyDepth >= C_MaxSpecDepth)
+            return tvwarnuser(TVDatabase::TVErrC_InvalidObjectSpec, TVLOCATION,
+                              "The children that object specs make go deeper than %d levels.",
+                              C_MaxSpecDepth);
+        struct Depth {
+            Depth() { ++s_applyDepth; }
+            ~Depth() { --s_applyDepth; }
+        } depth;
         const TVObjectSpec* spec = m_db.get_objectspec_by_id(spec_id);
+        // The database stands for the top level; any other object without a spec is a default one.
         if (spec == nullptr && spec_id < 0 && m_db.get_nobjectspecs() > 0)
-            spec = m_db.get_objectspec_by_name(TVDatabase::C_DefaultSpecName);
+            spec = m_db.get_objectspec_by_name(object == &m_db ? TVDatabase::C_TopLevelSpecName
+                                                               : TVDatabase::C_DefaultSpecName);
         if (spec == nullptr)
             spec = m_db.get_objectspec_by_id(object->get_spec_id());
         if (spec == nullptr)
@@ -303,6 +322,53 @@ int TVDBSchema::update_vars(int id, bool force)
         for (int i = 0; i < m_db.get_nobjects(); ++i)
             TV_PASS_ON(update(m_db.get_object_by_index(i)));
         return update(&m_db);
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBSchema::create_object(TVDBObject* parent, const std::string& member_tag, int spec_id,
+                              TVDBObject** out)
+{
+    try {
+        if (out != nullptr)
+            *out = nullptr;
+        std::unique_ptr<TVDBObject> made;
+        const TVDBContainerBase* container = nullptr;
+        if (parent != nullptr && parent != &m_db) {
+            // A child like its parent where the parent holds such, else a plain object.
+            const TVObjectIndexEntry* entry = nullptr;
+            TVObject* fresh = nullptr;
+            if (!istvwarn(parent->get_class_index_entry(std::string(), entry)) &&
+                entry->get_create_fn() != nullptr && !istvwarn(entry->get_create_fn()(fresh, nullptr)))
+                made.reset(dynamic_cast<TVDBObject*>(fresh));
+            if (made == nullptr && fresh != nullptr)
+                delete fresh;
+            for (int pass = 0; pass < 2 && container == nullptr; ++pass) {
+                if (made == nullptr || pass == 1)
+                    made = std::make_unique<TVDBObject>();
+                for (int i = 0; i < parent->get_ncontainers() && container == nullptr; ++i) {
+                    const TVDBContainerBase* candidate = parent->get_container_by_index(i);
+                    const std::string& tag = candidate->get_tag();
+                    if (!tag.empty() && tag.rfind(C_DatabaseAllTag, 0) != 0 &&
+                        candidate->accepts(*made))
+                        container = candidate;
+                }
+            }
+            if (container == nullptr)
+                return tvwarning(TVErrC_NullPointer, TVLOCATION,
+                                 "The object %d has no container for its child %s.",
+                                 parent->get_id(), member_tag.c_str());
+        } else {
+            made = std::make_unique<TVDBObject>();
+            parent = nullptr;
+        }
+        TVDBObject* object = made.release();
+        TV_PASS_ON(m_db.add_object(object, parent, container != nullptr ? container->get_tag() : "",
+                                   member_tag, spec_id, ""));
+        if (out != nullptr)
+            *out = object;
+        return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
@@ -525,7 +591,12 @@ bool TVDBSchema::is_bastard(int id) const
         return false;
     const TVDBObject* parent = object->get_parent_id() < 0 ? &m_db : object->get_parent();
     const TVObjectSpec* spec = parent != nullptr && parent->uses_spec() ? spec_of(*parent) : nullptr;
-    return spec != nullptr && spec->get_child_by_name(object->get_member_tag()) == nullptr;
+    if (spec == nullptr)
+        return false;
+    // An empty member tag stands for the spec's first child, as add_object gives it.
+    if (object->get_member_tag().empty())
+        return spec->get_nchildren() == 0;
+    return spec->get_child_by_name(object->get_member_tag()) == nullptr;
 }
 
 // ---- Spec files ---------------------------------------------------------------------------

@@ -29,6 +29,8 @@ public:
     [[nodiscard]] int apply_objectspecs();
     [[nodiscard]] int apply_objectspec_to_db(TVDBObject* object, int spec_id, bool add_create);
     [[nodiscard]] int create_default_spec();
+    [[nodiscard]] int create_object(TVDBObject* parent, const std::string& member_tag, int spec_id,
+                                    TVDBObject** out);
     [[nodiscard]] int update_vars(int id, bool force);
     // What initialise does: compile (failures stay on the specs, for
     // validate_specs) and apply. Errors only end it.

@@ -21,6 +21,9 @@ bool resolve_one(TVDBObject& object, TVDBObject& root, TVDatabase* db,
                  const TVDBObjectLookup& find_object)
 {
     const int parentId = object.get_parent_id();
+    // The top level belongs to the database too: lookups upward end there.
+    if (parentId < 0 && &object != &root)
+        object.set_parent_ptr(nullptr, db);
     if (parentId < 0 || object.is_deleted())
         return false;
     TVDBObject* parent = parentId == root.get_id() ? &root : find_object(parentId);
