@@ -59,6 +59,8 @@ public:
     [[nodiscard]] int serialise(std::istream* in, std::ostream* out, const std::string& prefix,
                                 int version) override;
     void register_tvobject() override;
+    // Its data is in compiled fields that no object spec describes.
+    bool uses_spec() const override { return false; }
     void remap_id(int old_id, int new_id) override;
 
     void set_defaults(bool constructing);

@@ -56,6 +56,8 @@ public:
     [[nodiscard]] int serialise(std::istream* in, std::ostream* out, const std::string& prefix,
                                 int version) override;
     void register_tvobject() override;
+    // Its data is in compiled fields that no object spec describes.
+    bool uses_spec() const override { return false; }
     bool has_user_data() const override;
     // The periodic update's hook: closes finished sessions and fills the
     // current one, making the first session if there is none. level is

@@ -35,6 +35,8 @@ public:
     [[nodiscard]] int serialise(std::istream* in, std::ostream* out, const std::string& prefix,
                                 int version) override;
     void register_tvobject() override;
+    // Its data is in compiled fields that no object spec describes.
+    bool uses_spec() const override { return false; }
     // Follows a Go's change of id; a deleted Go leaves -1 behind, which
     // every reader passes over.
     void remap_id(int old_id, int new_id) override;

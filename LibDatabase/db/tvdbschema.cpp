@@ -690,6 +690,8 @@ int TVDBSchema::validate_specfile(const std::string& path) const
         for (const TVObjectSpec* spec : get_specs(true))
             TV_PASS_ON(into.add_objectspec(new TVObjectSpec(spec->get_name(), spec->get_text()), ""));
         TV_PASS_ON(into.import_specs(path));
+        // The file may name the default specs, which come with the first spec.
+        TV_PASS_ON(into.create_default_spec());
         TV_PASS_ON(into.parse_objectspecs(true));
         return into.apply_objectspecs();
     } catch (const TVErrDetails&) {

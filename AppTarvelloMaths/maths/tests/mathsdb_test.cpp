@@ -7,6 +7,7 @@
 
 #include "AppTarvelloMaths/maths/tests/mathstest.h"
 #include "LibCore/fileutils/tvfileutils.h"
+#include "LibDatabase/db/tvobjectspec.h"
 #include "LibDate/core/tvdateutils.h"
 
 #include <gtest/gtest.h>
@@ -16,6 +17,7 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <fstream>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -361,6 +363,36 @@ TEST_F(MathsDBTest, SavedFileReadsBackWithoutQuestionsOrMistakes)
         EXPECT_FALSE(m_db->get_go_no(i)->is_active());
     }
     EXPECT_EQ(session_text(), "Tables* Repeat");
+}
+
+TEST_F(MathsDBTest, ImportedSpecsLeaveTheDrillRecordsAsTheyWere)
+{
+    (void)add_exercise("Tables", Exercise::C_TypeTimesTables, 1);
+    ASSERT_EQ(m_db->start(), TVErrC_ok);
+    // Every record but the specs' and the database's own, which the import stamps.
+    const auto records = [this] {
+        std::string text;
+        for (int i = 0; i < m_db->get_nobjects(); ++i) {
+            const TVDBObject* object = m_db->get_object_by_index(i);
+            std::string record;
+            if (dynamic_cast<const TVObjectSpec*>(object) == nullptr &&
+                object->object_to_string(record, 0) == TVErrC_ok)
+                text += record;
+        }
+        return text;
+    };
+    const std::string before = records();
+    const std::string specs = m_dir.path().toStdString() + "/sheets.tvo";
+    {
+        std::ofstream out(specs);
+        out << "{Worksheet\n$<Title> = prompt();\n$[Row] = ${Default}[+];\n}\n";
+    }
+    ASSERT_EQ(m_db->do_import(specs), TVErrC_ok);
+    EXPECT_NE(m_db->get_objectspec_by_name("Worksheet"), nullptr);
+    EXPECT_EQ(records(), before);
+    reopen();
+    EXPECT_EQ(records(), before);
+    EXPECT_EQ(m_db->get_spec_id(), -1);
 }
 
 class MathsDBImageTest : public MathsDBTest
