@@ -7,6 +7,7 @@
 #include "LibDatabase/tvdb/tvdbdumpcommand.h"
 #include "LibDatabase/tvdb/tvdblogcommand.h"
 #include "LibDatabase/tvdb/tvdbrepeatcommand.h"
+#include "LibDatabase/tvdb/tvdbspeccommand.h"
 #include "LibDatabase/tvdb/tvdbsynccommand.h"
 #include "LibDatabase/tvdb/tvdbtoolregistry.h"
 
@@ -24,6 +25,7 @@ std::vector<std::unique_ptr<TVDBCommand>> make_commands(const TVDBToolRegistry& 
     commands.push_back(std::make_unique<TVDBDumpCommand>());
     commands.push_back(std::make_unique<TVDBLogCommand>());
     commands.push_back(std::make_unique<TVDBRepeatCommand>());
+    commands.push_back(std::make_unique<TVDBSpecCommand>());
     commands.push_back(std::make_unique<TVDBSyncCommand>());
     for (auto& command : registry.make_commands())
         commands.push_back(std::move(command));
