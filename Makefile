@@ -75,9 +75,9 @@ screenshots: configure
 	@ASAN_OPTIONS=detect_leaks=0 xvfb-run -a -s "-screen 0 1280x900x24" \
 	  $(BUILD)/bin/tarvello-maths-screenshots $(BUILD)/screenshots
 
-# The libFuzzer targets of the serial form, the date language and the
-# repeat rules' stored text, built with clang in a configuration of their
-# own. Each runs on past a crash so that one fault doesn't hide the next,
+# The libFuzzer targets of the serial form, the date language, the
+# repeat rules' stored text and the spec language, built with clang in a
+# configuration of their own. Each runs on past a crash so that one fault doesn't hide the next,
 # then the target fails listing every crash input found (in
 # build-fuzz/artifacts); copy one, once fixed, into its fuzzer's corpus
 # folder to keep it as a test of make check. New inputs gather in
@@ -89,7 +89,7 @@ FUZZ_FLAGS := -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=
 fuzz: setup
 	@cmake -S . -B $(FUZZ) -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DTV_TESTS=OFF -DTV_FUZZ=ON "-DCMAKE_CXX_FLAGS=$(FUZZ_FLAGS)" >/dev/null
-	@cmake --build $(FUZZ) --target tvserial_fuzzer tvdate_fuzzer tvdaterepeat_fuzzer -j $(JOBS)
+	@cmake --build $(FUZZ) --target tvserial_fuzzer tvdate_fuzzer tvdaterepeat_fuzzer tvspec_fuzzer -j $(JOBS)
 	@rm -rf $(FUZZ)/artifacts && mkdir -p $(FUZZ)/corpus $(FUZZ)/artifacts
 	@$(FUZZ)/bin/tvserial_fuzzer -fork=1 -ignore_crashes=1 -max_total_time=$(FUZZ_SECONDS) -max_len=4096 \
 	  -dict=LibObject/object/fuzz/serial.dict -artifact_prefix=$(FUZZ)/artifacts/ \
@@ -105,10 +105,16 @@ fuzz: setup
 	  -dict=LibDate/date/fuzz/repeat.dict -artifact_prefix=$(FUZZ)/artifacts/repeat- \
 	  $(FUZZ)/corpus-repeat LibDate/date/fuzz/corpus-repeat 2>$(FUZZ)/fuzz-repeat.log || (tail -20 $(FUZZ)/fuzz-repeat.log; exit 1)
 	@tail -1 $(FUZZ)/fuzz-repeat.log
+	@mkdir -p $(FUZZ)/corpus-spec
+	@$(FUZZ)/bin/tvspec_fuzzer -fork=1 -ignore_crashes=1 -max_total_time=$(FUZZ_SECONDS) -max_len=4096 \
+	  -dict=LibDatabase/db/fuzz/spec.dict -artifact_prefix=$(FUZZ)/artifacts/spec- \
+	  $(FUZZ)/corpus-spec LibDatabase/db/fuzz/corpus 2>$(FUZZ)/fuzz-spec.log || (tail -20 $(FUZZ)/fuzz-spec.log; exit 1)
+	@tail -1 $(FUZZ)/fuzz-spec.log
 	@if ls $(FUZZ)/artifacts | grep -q .; then \
 	  echo "make fuzz: inputs that break the property (replay one: $(FUZZ)/bin/tvserial_fuzzer <file>,"; \
-	  echo "tvdate_fuzzer for the date- files, tvdaterepeat_fuzzer for the repeat- files; keep a"; \
-	  echo "fixed one in LibDate/date/fuzz/corpus or corpus-repeat):"; \
+	  echo "tvdate_fuzzer for the date- files, tvdaterepeat_fuzzer for the repeat- files,"; \
+	  echo "tvspec_fuzzer for the spec- files; keep a fixed one in LibDate/date/fuzz/corpus,"; \
+	  echo "corpus-repeat or LibDatabase/db/fuzz/corpus):"; \
 	  ls -1 $(FUZZ)/artifacts/*; exit 1; \
 	fi
 
