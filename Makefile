@@ -77,10 +77,10 @@ screenshots: configure
 
 # The libFuzzer targets of the serial form, the date language, the
 # repeat rules' stored text and the spec language, built with clang in a
-# configuration of their own. Each runs on past a crash so that one fault doesn't hide the next,
-# then the target fails listing every crash input found (in
-# build-fuzz/artifacts); copy one, once fixed, into its fuzzer's corpus
-# folder to keep it as a test of make check. New inputs gather in
+# configuration of their own. Each runs on past a crash so that one fault
+# doesn't hide the next, then the target fails listing every crash input
+# found (in build-fuzz/artifacts); copy one, once fixed, into its fuzzer's
+# corpus folder to keep it as a test of make check. New inputs gather in
 # build-fuzz/corpus*.
 FUZZ := build-fuzz
 FUZZ_SECONDS ?= 60
