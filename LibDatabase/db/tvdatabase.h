@@ -211,9 +211,10 @@ public:
     // spec; the first brings "Default" and "TopLevel" along at the next
     // apply_objectspecs. Editing calls update_vars and apply_objectspec_to_db.
 
-    // Recomputes the variables of an object (-1: of all, the database
-    // included); without force only those due (update_vars_due). An object
-    // read afresh (a revert, a replay) is linked to its spec again first.
+    // Recomputes the variables of an object and of the objects below it
+    // (-1: of all, the database included); without force only those due
+    // (update_vars_due). An object read afresh (a revert, a replay) is
+    // linked to its spec again first.
     [[nodiscard]] virtual int update_vars(int id, bool force);
     // Puts object on the spec of spec_id (a negative id: "Default"), moves
     // children that no longer fit, and makes mandatory children (with

@@ -317,11 +317,23 @@ int TVDBSchema::update_vars(int id, bool force)
                 return object->update_vars();
             return TVErrC_ok;
         };
-        if (id >= 0)
-            return update(m_db.get_object_by_id(id));
-        for (int i = 0; i < m_db.get_nobjects(); ++i)
-            TV_PASS_ON(update(m_db.get_object_by_index(i)));
-        return update(&m_db);
+        if (id < 0) {
+            for (int i = 0; i < m_db.get_nobjects(); ++i)
+                TV_PASS_ON(update(m_db.get_object_by_index(i)));
+            return update(&m_db);
+        }
+        TVDBObject* object = m_db.get_object_by_id(id);
+        TV_PASS_ON(update(object));
+        // Values below it may look up to it ("$<^NAME>"): they follow.
+        for (int i = 0; object != nullptr && object != &m_db && i < m_db.get_nobjects(); ++i) {
+            TVDBObject* below = m_db.get_object_by_index(i);
+            const TVDBObject* up = below->get_parent();
+            while (up != nullptr && up != object)
+                up = up->get_parent();
+            if (up != nullptr)
+                TV_PASS_ON(below->uses_spec() && is_live(below) ? below->update_vars() : TVErrC_ok);
+        }
+        return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }

@@ -284,6 +284,70 @@ TEST_F(ObjectSpecTest, DatabaseWithoutSpecsIsLeftAsItWas)
     EXPECT_EQ(slurp(m_file).substr(slurp(m_file).find("\n@O:")), before.substr(before.find("\n@O:")));
 }
 
+TEST_F(ObjectSpecTest, LanguageGuideExampleMakesItsDrill)
+{
+    // The worked example of doc/spec-language.md.
+    const std::string path = tvo("drills.tvo",
+        "# Kinds of drill a parent can set, beside the program's own exercises.\n"
+        "########################################################################\n"
+        "{Drill\n"
+        "# What every drill has: a title asked for, and a number handed out.\n"
+        "baseOnly;\n"
+        "$<Title> = prompt();\n"
+        "$<Number> = init(\"$<NextDrill>\");\n"
+        "$<Label> = eval(\"Drill $<Number>: $<Title>\");\n"
+        "private $<Number>;\n"
+        "}\n"
+        "########################################################################\n"
+        "{TimesDrill\n"
+        "# One times table, asked a number of times.\n"
+        "inherits Drill;\n"
+        "$<Table> = prompt();\n"
+        "constrain $<Table> int;\n"
+        "$<Count> = init(\"12\");\n"
+        "constrain $<Count> choice `6,12,20`;\n"
+        "$<Title> = init(\"The $<Table> times table\");\n"
+        "$<Heading> = eval(\"$<%UTitle> ($<Count> questions, in $<^Room>)\");\n"
+        "$[Question] = ${Question}[+];\n"
+        "$[Reward] = ${Sticker}[^];\n"
+        "@Script on_create @Shortcut F5 >\"\n"
+        "    TVSet(\"Count\", \"20\");\n"
+        "\"<;\n"
+        "}\n"
+        "########################################################################\n"
+        "{Question\n"
+        "$<Left> = init(\"$<^Table>\");\n"
+        "$<Right> = prompt();\n"
+        "}\n"
+        "########################################################################\n"
+        "{Sticker\n"
+        "$<Picture> = init(\"star\");\n"
+        "}\n"
+        "########################################################################\n"
+        "{TopLevel\n"
+        "# The counter that numbers the drills, and where they are done.\n"
+        "$<NextDrill> = auto(\"001\");\n"
+        "$<Room> = init(\"kitchen\");\n"
+        "$[Object] = ${Default}[];\n"
+        "$[Drill] = ${Drill=TimesDrill}[];\n"
+        "}\n");
+    ASSERT_EQ(m_db->do_import(path), TVErrC_ok) << message();
+    const int times = m_db->get_objectspec_id_for_name("TimesDrill");
+    TVDBTestNode* drill = node("sevens", times);
+    EXPECT_EQ(m_db->unfilled_vars(drill->get_id()), (Names{"Table", "Title", "Heading", "Label"}));
+    ASSERT_EQ(drill->set_var_value("Table", "7", false), TVErrC_ok);
+    ASSERT_EQ(m_db->update_vars(drill->get_id(), false), TVErrC_ok) << message();
+    EXPECT_EQ(value(*drill, "Label"), "Drill 001: The 7 times table");
+    EXPECT_EQ(value(*drill, "Heading"), "THE 7 TIMES TABLE (12 questions, in kitchen)");
+    EXPECT_EQ(drill->get_nvars(true), drill->get_nvars(false) - 1);
+    const TVDBObject* question = drill->get_child_by_mtag("Question");
+    ASSERT_NE(question, nullptr);
+    EXPECT_EQ(value(*question, "Left"), "7");
+    EXPECT_NE(drill->get_child_by_mtag("Reward"), nullptr);
+    EXPECT_EQ(value(*node("eights", times), "Number"), "002");
+    EXPECT_EQ(m_db->get_allowable_specs(m_db->get_objectspec_id_for_name("Drill"), false).size(), 1u);
+}
+
 // ---- Spec files ------------------------------------------------------------------------------
 
 TEST_F(ObjectSpecTest, ExportedSpecsImportIntoAnotherDatabaseAsTheyWere)
