@@ -703,7 +703,9 @@ int TVDBObject::commit()
     try {
         TV_PASS_ON(check_edited(is_locked(), d->m_backup != nullptr, d->m_id));
         d->m_backup.reset();
-        // Prompt variables are the schema layer's; the stored lines have none.
+        // What the user was asked for is given once the edit is done, empty or not.
+        for (TVVariable* var : d->m_variables)
+            var->mark_initialised();
         int result = unlock();
         if (istvwarn(result))
             return tv_trail_return(result, TVLOCATION);

@@ -12,11 +12,13 @@
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvexternaldb.h"
 #include "LibDatabase/db/tvlockfile.h"
+#include "LibDatabase/db/tvobjectspec.h"
 #include "LibDatabase/qt/tests/tvdbqttest.h"
 #include "LibDatabase/qt/tvdbimportqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibCore/param/tvparam.h"
 #include "LibCore/ptrarray/tvtagvalue.h"
+#include "LibGui/base/tvnotifylist.h"
 #include "LibGui/qt/tvapplicationqt.h"
 #include "LibGui/qt/tvmessageboxscript.h"
 
@@ -128,6 +130,34 @@ TEST_F(ManagerTest, LoadRunsOneUpdateAndStartsTheTimersUnlessThePeriodIsZero)
     EXPECT_FALSE(other.frequent_timer_active());
     EXPECT_EQ(other.on_db_changed(), TVErrC_ok);
     EXPECT_EQ(other.m_updates, 2);
+}
+
+TEST_F(ManagerTest, HeartbeatListsSpecErrorsUntilTheSpecIsMended)
+{
+    ASSERT_EQ(m_window->initialise_notify(), TVErrC_ok);
+    start(60000);
+    const auto specItems = [this] {
+        int count = 0;
+        const TVNotifyList& list = m_window->get_notify();
+        for (int i = 0; i < list.get_nitems(); ++i)
+            if (list.get_item(i).get_message() == "Object spec errors" &&
+                list.get_item(i).get_object_id() == TVId(TVDBManagerQt::C_SpecParseError, 0, 0))
+                ++count;
+        return count;
+    };
+    EXPECT_EQ(specItems(), 0);
+    ASSERT_EQ(m_db->add_objectspec(new TVObjectSpec("Sum", "$<A> = guess();"), "Add Sum"),
+              TVErrC_ok);
+    ASSERT_EQ(m_db->parse_objectspecs(false), TVErrC_ok);
+    EXPECT_EQ(tick(), 1);
+    EXPECT_EQ(specItems(), 1);
+
+    const int id = m_db->get_objectspec_id_for_name("Sum");
+    ASSERT_EQ(m_db->edit_objectspec(id, 3), TVErrC_ok);
+    m_db->get_objectspec_by_id(id)->set_text("$<A> = prompt();");
+    ASSERT_EQ(m_db->commit_objectspec(id, "Mend Sum"), TVErrC_ok);
+    EXPECT_EQ(tick(), 1);
+    EXPECT_EQ(specItems(), 0);
 }
 
 TEST_F(ManagerTest, UpdateIsHeldWhileEditingOrPausedByTheUserUntilOverdueAndNeverReentered)
