@@ -39,6 +39,13 @@ constexpr int C_MaxExpressions = 100;
 // A change location older than this is no longer worth showing.
 constexpr long C_ModifyLocLifeSecs = 86400;
 
+// Deletes the element at index; false for a bad index.
+template <class T>
+bool erase_at(TVPtrArray<T>& array, int index)
+{
+    return index >= 0 && index < array.size() && array.erase(index) == TVErrC_ok;
+}
+
 template <class T>
 void clone_all(const TVPtrArray<T>& from, TVPtrArray<T>& to)
 {
@@ -820,9 +827,7 @@ void TVDBObject::add_script(TVDBScript* script)
 
 bool TVDBObject::remove_script(int index)
 {
-    if (index < 0 || index >= d->m_scripts.size())
-        return false;
-    return d->m_scripts.erase(index) == TVErrC_ok;
+    return erase_at(d->m_scripts, index);
 }
 
 void TVDBObject::clear_scripts()
@@ -901,9 +906,7 @@ void TVDBObject::add_var(TVVariable* var)
 
 bool TVDBObject::remove_var_by_index(int index)
 {
-    if (index < 0 || index >= d->m_variables.size())
-        return false;
-    return d->m_variables.erase(index) == TVErrC_ok;
+    return erase_at(d->m_variables, index);
 }
 
 void TVDBObject::clear_vars()

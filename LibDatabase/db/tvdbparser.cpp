@@ -113,12 +113,10 @@ int TVDBParser::read_string(const std::string& text, int pos, int& line)
 int TVDBParser::read_block(const std::string& text, int pos, int& line)
 {
     push_token(C_Quotes, line);
-    const int size = static_cast<int>(text.size());
-    if (pos < size && text[static_cast<size_t>(pos)] == '\n') {
+    if (pos < static_cast<int>(text.size()) && text[static_cast<size_t>(pos)] == '\n') {
         ++pos;
         ++line;
     }
-    const int firstLine = line;
     size_t end = static_cast<size_t>(pos);
     for (;;) {
         end = text.find(C_BlockEnd, end);
@@ -126,23 +124,18 @@ int TVDBParser::read_block(const std::string& text, int pos, int& line)
             break;
         ++end;
     }
-    const size_t stop = end == std::string::npos ? text.size() : end;
-    const std::string content = text.substr(static_cast<size_t>(pos), stop - static_cast<size_t>(pos));
-    for (char c : content)
-        if (c == '\n')
-            ++line;
-    push_token(content, firstLine);
-    if (end == std::string::npos)
-        return size;
-    push_token(C_Quotes, line);
-    return static_cast<int>(end) + 2;
+    return push_raw(text, pos, end, std::string(C_BlockEnd).size(), line);
 }
 
 int TVDBParser::read_raw(const std::string& text, int pos, int& line)
 {
     push_token(C_Quotes, line);
+    return push_raw(text, pos, text.find(C_RawQuote, static_cast<size_t>(pos)), 1, line);
+}
+
+int TVDBParser::push_raw(const std::string& text, int pos, size_t end, size_t mark, int& line)
+{
     const int firstLine = line;
-    size_t end = text.find(C_RawQuote, static_cast<size_t>(pos));
     const size_t stop = end == std::string::npos ? text.size() : end;
     const std::string content = text.substr(static_cast<size_t>(pos), stop - static_cast<size_t>(pos));
     for (char c : content)
@@ -152,7 +145,7 @@ int TVDBParser::read_raw(const std::string& text, int pos, int& line)
     if (end == std::string::npos)
         return static_cast<int>(text.size());
     push_token(C_Quotes, line);
-    return static_cast<int>(end) + 1;
+    return static_cast<int>(end + mark);
 }
 
 bool TVDBParser::is_valid_name(const std::string& name)

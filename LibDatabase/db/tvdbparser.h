@@ -24,6 +24,7 @@
 
 #include "LibCore/textstr/tvtokenset.h"
 
+#include <cstddef>
 #include <string>
 
 class TVDBParser : public TVTokenSet
@@ -69,6 +70,10 @@ private:
     int read_string(const std::string& text, int pos, int& line);
     int read_block(const std::string& text, int pos, int& line);
     int read_raw(const std::string& text, int pos, int& line);
+    // The raw text from pos to end (npos: to the end of text) as one token,
+    // then the closing '"' when end was found; gives the position behind
+    // its mark of mark characters.
+    int push_raw(const std::string& text, int pos, size_t end, size_t mark, int& line);
     // The position just behind the closing '"' of the last string, or -1:
     // a string that opens there is joined on.
     int m_stringEnd = -1;
