@@ -968,17 +968,23 @@ bool TVDBObject::var_is_calculated(const std::string& tag) const
 int TVDBObject::update_vars()
 {
     try {
+        // A system value that the class computes, or one the spec only
+        // declares, is read from its field: it is the class's to set.
+        const auto from_object = [this](const TVVariable& var) {
+            return var.is_sysvalue() && (!var.defined_in_spec() || sysval_is_calculated(var.get_tag()));
+        };
         for (TVVariable* var : d->m_variables) {
-            const bool calculated = var->is_sysvalue() && sysval_is_calculated(var->get_tag());
-            if ((var->is_derived() || !var->isinitialised()) && !calculated)
+            if (from_object(*var))
+                var->set_value(get_sysvalue(var->get_tag()), true);
+            else if (var->is_derived() || !var->isinitialised())
                 var->clone_spec();
             else if (var->is_sysvalue())
                 var->set_value(get_sysvalue(var->get_tag()), var->isinitialised());
         }
         // Which variables are left to work out, in the order they stand.
-        const auto pending = [this](const TVVariable& var) {
+        const auto pending = [&from_object](const TVVariable& var) {
             return !var.isinitialised() && !(var.is_prompt() && !var.is_derived()) &&
-                   !(var.is_sysvalue() && sysval_is_calculated(var.get_tag()));
+                   !from_object(var);
         };
         for (bool progress = true; progress;) {
             progress = false;

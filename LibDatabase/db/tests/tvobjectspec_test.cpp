@@ -8,6 +8,7 @@
 #include "LibDatabase/db/tvdbscript.h"
 #include "LibDatabase/db/tvobjectspec.h"
 #include "LibDatabase/db/tvvariable.h"
+#include "LibDatabase/db/tvvarspec.h"
 
 #include "TestSupport/tvdbfiletest.h"
 #include "TestSupport/tvdbtestnode.h"
@@ -21,6 +22,38 @@
 namespace {
 
 using Names = std::vector<std::string>;
+
+// A node whose name is a system value: a compiled field a spec may name.
+class NamedNode : public TVDBTestNode
+{
+public:
+    using TVDBTestNode::TVDBTestNode;
+    using TVDBTestNode::get_sysvalue;
+    using TVDBTestNode::set_sysvalue;
+    std::string get_sysvalue(const std::string& tag) const override
+    {
+        return tag == "Name" ? m_name : std::string();
+    }
+    int set_sysvalue(const std::string& tag, const std::string& value) override
+    {
+        if (tag == "Name")
+            m_name = value;
+        return TVErrC_ok;
+    }
+};
+
+// A database that declares that field to every spec.
+class NamesDB : public TVDatabase
+{
+public:
+    int add_sysquants(TVObjectSpec& spec) override
+    {
+        auto* name = new TVVarSpec("Name");
+        name->set_sysvalue(true);
+        spec.add_varspec(name);
+        return TVErrC_ok;
+    }
+};
 
 class ObjectSpecTest : public TVDBFileTest
 {
@@ -205,6 +238,31 @@ TEST_F(ObjectSpecTest, VariableDroppedFromTheSpecStaysWhileItHoldsAValue)
     EXPECT_EQ(value(*dune, "Note"), "signed");
     EXPECT_EQ(value(*dune, "Pages"), "<none>");
     EXPECT_EQ(m_db->extra_variables(dune->get_id()), Names{"Note"});
+}
+
+TEST_F(ObjectSpecTest, SystemValuesLiveInTheObjectsOwnFields)
+{
+    NamesDB db;
+    ASSERT_EQ(db.add_objectspec(new TVObjectSpec("Person", "$<Greeting> = eval(\"Hi $<Name>\");"), ""),
+              TVErrC_ok);
+    ASSERT_EQ(db.add_objectspec(new TVObjectSpec("Bad", "$<A> = init();\nconstrain $<Name> int;"), ""),
+              TVErrC_ok);
+    ASSERT_EQ(db.create_default_spec(), TVErrC_ok);
+    int line = 0;
+    EXPECT_TRUE(istvwarn(db.parse_objectspec(*db.get_objectspec_by_name("Bad"), &line)));
+    EXPECT_EQ(line, 2);
+    EXPECT_EQ(message(), "Bad:2: error  The variable Name is a system value and cannot have constraints.");
+
+    auto* ada = new NamedNode("Ada");
+    ASSERT_EQ(db.add_object(ada, nullptr, "", "", db.get_objectspec_id_for_name("Person"), ""),
+              TVErrC_ok);
+    // The declared field is read, never overwritten by an empty definition.
+    EXPECT_EQ(ada->m_name, "Ada");
+    EXPECT_EQ(value(*ada, "Greeting"), "Hi Ada");
+    ASSERT_EQ(ada->set_var_value("Name", "Grace", false), TVErrC_ok);
+    EXPECT_EQ(ada->m_name, "Grace");
+    ASSERT_EQ(db.update_vars(ada->get_id(), false), TVErrC_ok);
+    EXPECT_EQ(value(*ada, "Greeting"), "Hi Grace");
 }
 
 // ---- Children a spec makes -----------------------------------------------------------------
