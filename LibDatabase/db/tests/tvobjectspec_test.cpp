@@ -145,6 +145,32 @@ TEST_F(ObjectSpecTest, InheritanceIsTransitiveAndALocalDefinitionWins)
     EXPECT_EQ(book->get_script("on_delete"), nullptr);
 }
 
+TEST_F(ObjectSpecTest, RenameFollowsTheTextsAndDeleteMovesObjectsToDefault)
+{
+    spec("Item", "$<Name> = prompt();");
+    const int book = spec("Book", "inherits Item;\n$[Part] = ${Item}[];\n$[Cover] = ${Item=Item}[-];");
+    ASSERT_EQ(compile(), TVErrC_ok) << message();
+    std::string by;
+    EXPECT_TRUE(m_db->objectspec_referenced("Item", by));
+    EXPECT_EQ(by, "Book");
+
+    ASSERT_EQ(m_db->rename_spec("Item", "Thing"), TVErrC_ok) << message();
+    EXPECT_EQ(m_db->get_objectspec_by_id(book)->get_text(),
+              "inherits Thing;\n$[Part] = ${Thing}[];\n$[Cover] = ${Thing=Thing}[-];");
+    EXPECT_EQ(m_db->get_objectspec_by_id(book)->get_inherited(), Names{"Thing"});
+    EXPECT_FALSE(m_db->objectspec_referenced("Item", by));
+
+    TVDBTestNode* dune = node("dune", book);
+    const int id = dune->get_id();
+    ASSERT_EQ(dune->set_var_value("Name", "Dune", false), TVErrC_ok);
+    EXPECT_TRUE(m_db->objectspec_in_use(book));
+    ASSERT_EQ(m_db->delete_objectspec(book), TVErrC_ok) << message();
+    EXPECT_EQ(m_db->get_objectspec_by_name("Book"), nullptr);
+    EXPECT_EQ(m_db->get_object_by_id(id)->get_spec_id(), m_db->default_spec_id());
+    // Its value is kept, though Default doesn't define it.
+    EXPECT_EQ(m_db->extra_variables(id), Names{"Name"});
+}
+
 struct CompileFailure {
     const char* name;
     std::vector<std::pair<const char*, const char*>> specs;
