@@ -7,6 +7,7 @@
 #include "LibDatabase/db/tvdbloader.h"
 #include "LibDatabase/db/tvdbreader.h"
 #include "LibDatabase/db/tvdbsaver.h"
+#include "LibDatabase/db/tvdbscript.h"
 #include "LibDatabase/db/tvdbsync.h"
 #include "LibDatabase/db/tvexternaldb.h"
 #include "LibCore/log/tvlog.h"
@@ -410,6 +411,60 @@ int TVDatabase::rebuild_after(int index_result)
     return TVErrC_ok;
 }
 
+// ---- Scripts ----------------------------------------------------------------------------
+
+int TVDatabase::run_trigger(TVDBObject& object, const std::string& trigger)
+{
+    return object.run_trigger_script(trigger);
+}
+
+int TVDatabase::run_trigger_script(const std::string& name)
+{
+    try {
+        // By id: a script may add or replace objects as the pass goes on.
+        std::vector<int> ids;
+        for (const TVDBObject* object : d->m_objects)
+            if (object->uses_spec() && !object->is_deleted())
+                ids.push_back(object->get_id());
+        for (int id : ids)
+            if (TVDBObject* object = get_object_by_id(id))
+                TV_PASS_ON(object->run_trigger_script(name));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+bool TVDatabase::get_error_script(std::string& script, int& id, int& line,
+                                  std::string* message) const
+{
+    for (const TVDBObject* object : d->m_objects)
+        for (int i = 0; i < object->get_nscripts(); ++i) {
+            const TVDBScript* candidate = object->get_script_no(i);
+            if (candidate->get_error_line() >= 0) {
+                script = candidate->get_name();
+                id = object->get_id();
+                line = candidate->get_error_line();
+                if (message != nullptr)
+                    *message = candidate->get_error_text();
+                return true;
+            }
+        }
+    return false;
+}
+
+int TVDatabase::discard_operation()
+{
+    try {
+        TV_PASS_ON(TVDBLoader(*this).load_base(false));
+        mark_changed(TVLOCATION, true);
+        mark_partial_written();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
 // ---- Layers not in this build -------------------------------------------------------
 //
 // Each answers TVErrC_NotAvailable, a plain outcome that callers pass on as
@@ -431,10 +486,6 @@ int TVDatabase::apply_active_note(TVDBObject&)
     return TVErrC_NotAvailable;
 }
 
-int TVDatabase::run_trigger(TVDBObject&, const std::string&)
-{
-    return TVErrC_NotAvailable;
-}
 
 std::string TVDatabase::spec_child_member_tag(const TVDBObject&) const
 {
@@ -873,10 +924,15 @@ int TVDatabase::upgrade_appfileversion()
 
 int TVDatabase::initialise(bool)
 {
-    resolve_containers();
-    // Object specs, queries and the start-up trigger: the schema layer.
-    mark_changed(TVLOCATION, true);
-    return TVErrC_ok;
+    try {
+        resolve_containers();
+        // Object specs and queries: the schema layer.
+        mark_changed(TVLOCATION, true);
+        TV_PASS_ON(run_trigger_script(TVDBObject::C_StartupTrigger));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
 }
 
 void TVDatabase::containers_resolved()
@@ -1028,9 +1084,11 @@ void TVDatabase::pause_background(bool pause)
     d->m_pauseBackground = pause;
 }
 
-int TVDatabase::recalculate(E_RecalcLevel)
+int TVDatabase::recalculate(E_RecalcLevel level)
 {
-    return TVErrC_ok;
+    if (level == E_RecalcNone)
+        return TVErrC_ok;
+    return run_trigger_script(TVDBObject::C_RecalculateTrigger);
 }
 
 int TVDatabase::func()

@@ -785,6 +785,19 @@ TVDBScript* TVDBObject::get_own_script(const std::string& name) const
     return nullptr;
 }
 
+TVDBScript* TVDBObject::get_script(const std::string& name) const
+{
+    return get_own_script(name);
+}
+
+int TVDBObject::run_trigger_script(const std::string& name)
+{
+    TVDBScript* script = get_script(C_Trigger + name);
+    if (script == nullptr)
+        return TVErrC_ok;
+    return script->run_within(*this, false, nullptr);
+}
+
 // ---- Variables and display state ---------------------------------------------------------
 
 int TVDBObject::get_nvariables() const

@@ -365,13 +365,19 @@ int TVDBManagerQt::rebuild_notify()
         std::string script;
         int line = 0;
         std::string message;
-        if (istvwarn(call([&] { return db.validate_queries(script, line, message); }))) {
+        // A query's script that doesn't parse, else a script whose last run
+        // raised: the first of either is listed.
+        int holder = 0;
+        bool failed = istvwarn(call([&] { return db.validate_queries(script, line, message); }));
+        if (failed)
             get_tverror()->clear_all();
+        else
+            failed = db.get_error_script(script, holder, line, &message);
+        if (failed)
             list.add(TVNotifyItem("Script errors in " + script + ":" + std::to_string(line) +
                                       ": " + message,
                                   TVId(C_ScriptError, 0, 0), C_NotifySystem, C_SystemPriority,
                                   TVDateUtils::blank_date()));
-        }
         list.update();
         return TVErrC_ok;
     } catch (const TVErrDetails&) {

@@ -7,6 +7,7 @@
 #include "LibDatabase/tvdb/tvdbdumpcommand.h"
 #include "LibDatabase/tvdb/tvdblogcommand.h"
 #include "LibDatabase/tvdb/tvdbrepeatcommand.h"
+#include "LibDatabase/tvdb/tvdbscriptcommand.h"
 #include "LibDatabase/tvdb/tvdbsynccommand.h"
 #include "LibDatabase/tvdb/tvdbtoolregistry.h"
 
@@ -25,6 +26,7 @@ std::vector<std::unique_ptr<TVDBCommand>> make_commands(const TVDBToolRegistry& 
     commands.push_back(std::make_unique<TVDBLogCommand>());
     commands.push_back(std::make_unique<TVDBRepeatCommand>());
     commands.push_back(std::make_unique<TVDBSyncCommand>());
+    commands.push_back(std::make_unique<TVDBScriptCommand>());
     for (auto& command : registry.make_commands())
         commands.push_back(std::move(command));
     return commands;
