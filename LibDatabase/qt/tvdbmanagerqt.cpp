@@ -8,6 +8,7 @@
 #include "LibDatabase/qt/tvdbflow_p.h"
 #include "LibDatabase/qt/tvdbimportqt.h"
 #include "LibDatabase/qt/tvdbloadqt.h"
+#include "LibDatabase/qt/tvdbscripthostqt.h"
 #include "LibDatabase/qt/tvdbunloadqt.h"
 #include "LibDatabase/db/tvdbheartbeat.h"
 #include "LibDate/core/tvdateutils.h"
@@ -41,6 +42,7 @@ struct TVDBManagerQt::TVDBManagerQtImpl
     QTimer m_detailTimer;
     QTimer m_interactTimer;
     TVLockFile m_lock;
+    std::unique_ptr<TVDBScriptHostQt> m_scriptHost;
     bool m_paused = false;
     bool m_updating = false;
     // closeEvent lets the window go only once do_unload has finished.
@@ -77,6 +79,8 @@ TVDBManagerQt::TVDBManagerQt(TVDatabase& db, QWidget* parent)
     for (QTimer* timer : {&d->m_updateTimer, &d->m_frequentTimer, &d->m_detailTimer,
                           &d->m_interactTimer})
         timer->setSingleShot(true);
+    // Scripts of this window's database prompt over it and reach its actions.
+    d->m_scriptHost = std::make_unique<TVDBScriptHostQt>(*this);
     connect(&d->m_updateTimer, &QTimer::timeout, this, &TVDBManagerQt::periodic_timer_expired,
             Qt::QueuedConnection);
     connect(&d->m_frequentTimer, &QTimer::timeout, this, &TVDBManagerQt::frequent_timer_expired,
