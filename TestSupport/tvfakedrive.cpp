@@ -44,7 +44,12 @@ TVFakeDrive::TVFakeDrive()
     });
 }
 
-TVFakeDrive::~TVFakeDrive() = default;
+// The server's sockets go after the books kept on them.
+TVFakeDrive::~TVFakeDrive()
+{
+    for (QTcpSocket* socket : m_server.findChildren<QTcpSocket*>())
+        socket->disconnect(this);
+}
 
 std::string TVFakeDrive::base() const
 {
@@ -127,7 +132,19 @@ void TVFakeDrive::read_request(QTcpSocket* socket)
     m_log.append(QString::fromLatin1(first[0]) + " " + url.path());
     if (m_offline)
         return socket->abort();
+    if (!m_hold.isEmpty() && m_log.last().startsWith(m_hold))
+        return m_held.append({socket, first[0], url, headers, body});
     answer(socket, first[0], url, headers, body);
+}
+
+void TVFakeDrive::release()
+{
+    m_hold.clear();
+    const QList<Held> held = m_held;
+    m_held.clear();
+    for (const Held& request : held)
+        if (request.socket != nullptr)
+            answer(request.socket, request.method, request.url, request.headers, request.body);
 }
 
 void TVFakeDrive::answer(QTcpSocket* socket, const QByteArray& method, const QUrl& url,

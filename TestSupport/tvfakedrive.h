@@ -19,6 +19,7 @@
 #include <QMap>
 #include <QNetworkAccessManager>
 #include <QObject>
+#include <QPointer>
 #include <QSet>
 #include <QStringList>
 #include <QTcpServer>
@@ -62,6 +63,10 @@ public:
     void expire_tokens() { m_tokens.clear(); }
     // Requests are dropped unanswered (a network error at the client).
     void set_offline(bool offline) { m_offline = offline; }
+    // Requests whose "METHOD path" starts with prefix wait unanswered
+    // until release.
+    void hold(const QString& prefix) { m_hold = prefix; }
+    void release();
     // "METHOD path" of every request, in order.
     const QStringList& log() const { return m_log; }
     void clear_log() { m_log.clear(); }
@@ -81,7 +86,17 @@ private:
 
     QTcpServer m_server;
     QNetworkAccessManager m_browser;
+    struct Held {
+        QPointer<QTcpSocket> socket;
+        QByteArray method;
+        QUrl url;
+        QMap<QByteArray, QByteArray> headers;
+        QByteArray body;
+    };
+
     QMap<QTcpSocket*, QByteArray> m_pending;
+    QList<Held> m_held;
+    QString m_hold;
     QList<File> m_files;
     QSet<QByteArray> m_tokens;
     QSet<QByteArray> m_refreshTokens;

@@ -20,9 +20,12 @@ void TVWebFile::update(const TVFile& file, bool force, const TVDate& last_sync)
     if (m_localTime.is_blank() && last_sync.is_ok())
         m_localTime = last_sync;
     const TVDate& modified = get_modified();
+    // A rewrite inside the slack still shows by its size.
+    const bool resized = m_localSize >= 0 && m_localSize != get_size();
     const bool unchanged =
-        m_localTime.is_blank() ||
-        (m_localTime.is_ok() && !(m_localTime < modified - TVDuration(C_SlackSeconds)));
+        !resized &&
+        (m_localTime.is_blank() ||
+         (m_localTime.is_ok() && !(m_localTime < modified - TVDuration(C_SlackSeconds))));
     if (unchanged && !force) {
         if (m_state == E_Gone)
             m_state = E_InStep;
@@ -33,6 +36,7 @@ void TVWebFile::update(const TVFile& file, bool force, const TVDate& last_sync)
         return;
     m_state = E_ToUpload;
     m_localTime = modified;
+    m_localSize = get_size();
 }
 
 void TVWebFile::update_remote(const std::string& id, const TVDate& date)
@@ -62,6 +66,7 @@ int TVWebFile::complete_pull(const std::string& bytes)
         m_state = E_InStep;
         TV_PASS_ON(set_times(get_created(), m_remoteTime));
         m_localTime = get_modified();
+        m_localSize = get_size();
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

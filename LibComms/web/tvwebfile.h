@@ -11,12 +11,14 @@
 //
 // The local time is the file's modification time at the last sync; the
 // remote time, the one the remote side last reported. A file is changed
-// only when it is more than C_SlackSeconds newer than its local time,
-// since file systems keep coarse times. Main thread only.
+// when it is more than C_SlackSeconds newer than its local time (file
+// systems keep coarse times), or when its size is no longer the one it had
+// at the last sync. Main thread only.
 
 #include "LibCore/fileutils/tvfile.h"
 #include "LibDate/core/tvdate.h"
 
+#include <cstdint>
 #include <iosfwd>
 #include <string>
 
@@ -75,6 +77,7 @@ private:
     int m_state = E_InStep;
     TVDate m_localTime;
     TVDate m_remoteTime;
+    std::int64_t m_localSize = -1; // at the last sync; -1 before one
     std::string m_id;
 };
 
