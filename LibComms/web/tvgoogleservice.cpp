@@ -46,6 +46,11 @@ QString qstr(const std::string& text)
     return QString::fromStdString(text);
 }
 
+QByteArray json(const QJsonObject& object)
+{
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
 } // namespace
 
 TVGoogleService* TVGoogleService::instance()
@@ -288,11 +293,29 @@ bool TVGoogleService::upload_in_progress() const
 
 // ---- Requests --------------------------------------------------------------------------
 
-QNetworkRequest TVGoogleService::request(const std::string& host, const std::string& path) const
+QNetworkRequest TVGoogleService::request(const std::string& host, const std::string& path,
+                                         const QUrlQuery& query) const
 {
-    QNetworkRequest request(QUrl(qstr(host + path)));
+    QUrl url(qstr(host + path));
+    if (!query.isEmpty())
+        url.setQuery(query);
+    QNetworkRequest request(url);
     request.setRawHeader("Authorization", QByteArray("Bearer ") + QByteArray::fromStdString(m_token));
     return request;
+}
+
+QNetworkRequest TVGoogleService::json_request(const std::string& path) const
+{
+    QNetworkRequest json = request(m_apiHost, path);
+    json.setHeader(QNetworkRequest::ContentTypeHeader, "application/json");
+    return json;
+}
+
+QJsonObject TVGoogleService::metadata(const TVWebFile& file, const TVDate& modified)
+{
+    const QString name = qstr(file.get_filename());
+    return QJsonObject{
+        {"title", name}, {"originalFilename", name}, {"modifiedDate", to_rfc3339(modified)}};
 }
 
 QNetworkReply* TVGoogleService::track(QNetworkReply* reply, const TVWebFile* file, const char* slot)
@@ -391,16 +414,10 @@ int TVGoogleService::push(TVWebFile& file)
         } else {
             // Created a second older than it is: the file counts as older
             // than ours until its bytes have arrived.
-            QJsonObject body;
-            const QString name = qstr(file.get_filename());
-            body.insert("title", name);
-            body.insert("originalFilename", name);
-            body.insert("modifiedDate", to_rfc3339(file.get_modified() - TVDuration(1)));
+            QJsonObject body = metadata(file, file.get_modified() - TVDuration(1));
             body.insert("createdDate", to_rfc3339(file.get_modified()));
             body.insert("parents", QJsonArray{QJsonObject{{"id", "appDataFolder"}}});
-            QNetworkRequest post = request(m_apiHost, C_CreateFile);
-            post.setHeader(QNetworkRequest::ContentTypeHeader, "application/json");
-            track(m_network->post(post, QJsonDocument(body).toJson(QJsonDocument::Compact)), &file,
+            track(m_network->post(json_request(C_CreateFile), json(body)), &file,
                   SLOT(create_complete()));
         }
         file.start_push();
@@ -437,10 +454,8 @@ int TVGoogleService::upload(TVWebFile& file)
         return tvwarning(TVErrC_FileOpen, TVLOCATION, "Could not read the file %s",
                          file.get_pathname().c_str());
     }
-    QNetworkRequest put = request(m_uploadHost, C_UploadFile + file.get_id());
-    QUrl url = put.url();
-    url.setQuery(QUrlQuery{{"uploadType", "media"}, {"modifiedDateBehavior", "noChange"}});
-    put.setUrl(url);
+    QNetworkRequest put = request(m_uploadHost, C_UploadFile + file.get_id(),
+                                  {{"uploadType", "media"}, {"modifiedDateBehavior", "noChange"}});
     put.setHeader(QNetworkRequest::ContentTypeHeader, "application/octet-stream");
     track(m_network->put(put, local.readAll()), &file, SLOT(upload_complete()));
     return TVErrC_ok;
@@ -463,15 +478,9 @@ void TVGoogleService::upload_complete()
 
 int TVGoogleService::update_metadata(TVWebFile& file)
 {
-    QJsonObject body;
-    const QString name = qstr(file.get_filename());
-    body.insert("title", name);
-    body.insert("originalFilename", name);
-    body.insert("modifiedDate", to_rfc3339(file.get_modified()));
-    QNetworkRequest put = request(m_apiHost, C_UpdateFile + file.get_id());
-    put.setHeader(QNetworkRequest::ContentTypeHeader, "application/json");
-    track(m_network->put(put, QJsonDocument(body).toJson(QJsonDocument::Compact)), &file,
-          SLOT(update_complete()));
+    track(m_network->put(json_request(C_UpdateFile + file.get_id()),
+                         json(metadata(file, file.get_modified()))),
+          &file, SLOT(update_complete()));
     return TVErrC_ok;
 }
 
@@ -493,11 +502,8 @@ int TVGoogleService::pull(TVWebFile& file)
 {
     if (m_token.empty())
         return TVErrC_okNotFinished;
-    QNetworkRequest get = request(m_apiHost, C_UpdateFile + file.get_id());
-    QUrl url = get.url();
-    url.setQuery(QUrlQuery{{"alt", "media"}});
-    get.setUrl(url);
-    track(m_network->get(get), &file, SLOT(download_complete()));
+    track(m_network->get(request(m_apiHost, C_UpdateFile + file.get_id(), {{"alt", "media"}})),
+          &file, SLOT(download_complete()));
     file.start_pull();
     emit state_changed();
     return TVErrC_ok;

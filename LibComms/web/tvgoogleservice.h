@@ -24,9 +24,11 @@
 #include "LibComms/web/tvwebservice.h"
 #include "LibDate/core/tvdate.h"
 
+#include <QJsonObject>
 #include <QPointer>
 #include <QString>
 #include <QUrl>
+#include <QUrlQuery>
 
 #include <functional>
 #include <memory>
@@ -136,7 +138,13 @@ protected:
 private:
     [[nodiscard]] int upload(TVWebFile& file);
     [[nodiscard]] int update_metadata(TVWebFile& file);
-    QNetworkRequest request(const std::string& host, const std::string& path) const;
+    // A request with the access token; json_request's body is JSON, to
+    // the API host.
+    QNetworkRequest request(const std::string& host, const std::string& path,
+                            const QUrlQuery& query = QUrlQuery()) const;
+    QNetworkRequest json_request(const std::string& path) const;
+    // Title and modification time, as Drive keeps them.
+    static QJsonObject metadata(const TVWebFile& file, const TVDate& modified);
     // Sends and counts a request; the reply names the file it is for.
     QNetworkReply* track(QNetworkReply* reply, const TVWebFile* file, const char* slot);
     // The reply that finished, and the file it was for (null if it has

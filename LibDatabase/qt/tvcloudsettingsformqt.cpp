@@ -48,9 +48,12 @@ T* add(QGroupBox* box, const char* name, const char* text)
     return widget;
 }
 
+// Room for two lines: a stacked page doesn't ask a wrapped label its height.
 void note(QGroupBox* box, const char* text)
 {
-    add<QLabel>(box, "", text)->setWordWrap(true);
+    auto* label = add<QLabel>(box, "", text);
+    label->setWordWrap(true);
+    label->setMinimumHeight(2 * label->fontMetrics().lineSpacing() + 4);
 }
 
 bool has_link(const TVDatabase* db, int type)

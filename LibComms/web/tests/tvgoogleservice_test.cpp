@@ -13,10 +13,11 @@
 #include "LibCore/param/tvparamfile.h"
 #include "TestSupport/tvfakedrive.h"
 #include "TestSupport/tvfiletest.h"
+#include "TestSupport/tvsettle.h"
 #include "TestSupport/tvtestclock.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
+
+#include <QDirIterator>
 
 #include <functional>
 #include <memory>
@@ -33,6 +34,7 @@ protected:
     {
         TVFileTest::SetUp();
         qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(path("config")));
+        qputenv("XDG_CACHE_HOME", QByteArray::fromStdString(path("cache")));
         ASSERT_EQ(tvapplication()->setup_config(), TVErrC_ok);
         m_drive.configure();
         TVGoogleService::set_browser([this](const QUrl& url) { m_drive.browse(url); });
@@ -56,18 +58,7 @@ protected:
         m_service->initialise(m_mirror, tvparam()->get_system_value(TVGoogleService::C_ClientIdTag),
                               tvparam()->get_system_value(TVGoogleService::C_ClientSecretTag));
     }
-    // Runs the event loop until done holds (or five seconds pass).
-    bool settle(const std::function<bool()>& done)
-    {
-        QElapsedTimer timer;
-        timer.start();
-        while (timer.elapsed() < 5000) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-            if (done())
-                return true;
-        }
-        return false;
-    }
+    static bool settle(const std::function<bool()>& done) { return tv_settle(done); }
     bool quiet()
     {
         return settle([this] { return !m_service->is_busy(); });
@@ -137,6 +128,18 @@ TEST_F(GoogleServiceTest, FirstSignInAsksConsentAndKeepsTheTokensInAFileOnlyItsO
     ASSERT_EQ(::stat(cfg.c_str(), &st), 0);
     EXPECT_EQ(st.st_mode & 0777, 0600);
     EXPECT_TRUE(m_service->is_authorised());
+
+    // Nothing else the program wrote (its logs among them) holds them.
+    QDirIterator all(QString::fromStdString(path("")), QDir::Files | QDir::Hidden,
+                     QDirIterator::Subdirectories);
+    while (all.hasNext()) {
+        const std::string file = all.next().toStdString();
+        if (file == cfg)
+            continue;
+        const std::string bytes = read(file);
+        for (const char* secret : {"access1", "refresh1", "test-secret"})
+            EXPECT_EQ(bytes.find(secret), std::string::npos) << file;
+    }
 
     // Signing out forgets them.
     m_service->authorise(false);

@@ -22,9 +22,9 @@
 #include "LibGui/qt/tvmessageboxscript.h"
 #include "TestSupport/tvfakedrive.h"
 #include "TestSupport/tvfiletest.h"
+#include "TestSupport/tvsettle.h"
 
 #include <QCheckBox>
-#include <QElapsedTimer>
 #include <QGroupBox>
 #include <QPushButton>
 #include <QTest>
@@ -133,15 +133,7 @@ protected:
         if (type == C_Drive)
             poll(d);
     }
-    // Runs the event loop until done holds (or five seconds pass).
-    static bool settle(const std::function<bool()>& done)
-    {
-        QElapsedTimer timer;
-        timer.start();
-        while (!done() && timer.elapsed() < 5000)
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        return done();
-    }
+    static bool settle(const std::function<bool()>& done) { return tv_settle(done); }
     void sign_in(Device& d)
     {
         be(d);
