@@ -1,5 +1,6 @@
 #include "LibComms/cloud/tvgcloudservice.h"
 
+#include "LibComms/web/tvgoogleservice.h"
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/error/tverror.h"
 #include "LibCore/fileutils/tvfileutils.h"
@@ -64,6 +65,8 @@ int TVGCloudService::send(const std::string& name, const std::string& data)
         TV_PASS_ON(check_google_dir());
         TV_PASS_ON(write_file(gcloud_name(TVCFile::host_filename(base, own_host())), data));
         TV_PASS_ON(mark_written(base));
+        // Up to Drive at once, not at the next poll.
+        TVGoogleService::instance()->wake_up();
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

@@ -198,6 +198,10 @@ int TVCloudSettingsFormQt::read_service(int type, bool on, TVCloudService& servi
             const bool in_cloud = !service.file_list().empty();
             const int mode = in_cloud && !m_db->has_user_data() ? 1 : 2;
             TV_PASS_ON(m_db->add_external(type, name, mode, link));
+            // The mirror runs from now on (after the sign-in, if that is
+            // still to come).
+            if (type == TVCloudInstance::E_GDrive)
+                TV_PASS_ON(TVGoogleService::instance()->start());
         }
         link->set_manual(manual);
         return TVErrC_ok;

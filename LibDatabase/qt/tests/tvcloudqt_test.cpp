@@ -15,6 +15,7 @@
 #include "LibCore/param/tvparam.h"
 #include "LibDatabase/db/tvexternaldb.h"
 #include "LibDatabase/qt/tests/tvdbqttest.h"
+#include "LibDatabase/qt/tvcloudbrowseqt.h"
 #include "LibDatabase/qt/tvcloudbuttonqt.h"
 #include "LibDatabase/qt/tvcloudsettingsformqt.h"
 #include "LibDatabase/qt/tvdbmanagerqt.h"
@@ -288,6 +289,11 @@ TEST_F(CloudControlsTest, TurnedOnForAFileWithTheUsersWorkTheCloudsDataIsMergedI
     EXPECT_FALSE(find<QGroupBox>(form, "googleGroup")->isHidden());
     EXPECT_EQ(find<QPushButton>(form, "googleInit")->text(), "Sign In");
     EXPECT_FALSE(find<QPushButton>(form, "googleBrowse")->isEnabled());
+    EXPECT_FALSE(find<QCheckBox>(form, "googleCheck")->isEnabled());
+    QTest::mouseClick(find<QPushButton>(form, "googleInit"), Qt::LeftButton);
+    ASSERT_TRUE(settle([&] { return m_kitchen->google.is_authorised(); }));
+    EXPECT_EQ(find<QPushButton>(form, "googleInit")->text(), "Sign Out");
+    EXPECT_TRUE(find<QCheckBox>(form, "googleCheck")->isEnabled());
 
     find<QCheckBox>(form, "shareCheck")->setChecked(true);
     ASSERT_EQ(form.read_form(), TVErrC_ok);
@@ -317,6 +323,35 @@ TEST_F(CloudControlsTest, AFirstStartCanTakeItsDataFromTheSharedFolder)
     EXPECT_EQ(m_db->get_filename(), m_file);
     ASSERT_NE(m_db->get_external_type(C_Share), nullptr);
     EXPECT_EQ(m_db->get_external_type(C_Share)->get_name(), m_link);
+    pull(*m_kitchen, *m_db);
+    EXPECT_EQ(names(*m_db), std::set<std::string>{"Division"});
+}
+
+TEST_F(CloudControlsTest, AFirstStartCanTakeItsDataFromDriveSigningInOnTheWay)
+{
+    Device& study = device("study", true);
+    sign_in(study);
+    push_from(study, "Division", C_Drive);
+    register_kitchen();
+    QFile::remove(QString::fromStdString(m_file));
+    TVMessageBoxScript script({TVDBManagerQt::C_FromCloud, "Google Drive"});
+    // While Drive's list is held back the flow says what it waits for.
+    m_drive.hold("GET /drive/v2/files");
+    std::set<std::string> seen;
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+        seen.insert(TVCloudBrowseQt::waiting());
+        if (seen.count(TVCloudBrowseQt::C_WaitList) != 0)
+            m_drive.release();
+    });
+    watch.start(20);
+    m_window = std::make_unique<TVDBManagerQt>(*m_db);
+    ASSERT_EQ(m_window->start(m_file, false, 0, 300000, "", 0), TVErrC_ok);
+    ASSERT_TRUE(settle([&] { return m_db->is_loaded(); }));
+    EXPECT_EQ(seen.count("Waiting for the file list..."), 1u);
+    EXPECT_TRUE(script.done());
+    EXPECT_EQ(m_drive.browser_opens(), 2);
+    ASSERT_NE(m_db->get_external_type(C_Drive), nullptr);
     pull(*m_kitchen, *m_db);
     EXPECT_EQ(names(*m_db), std::set<std::string>{"Division"});
 }
