@@ -240,8 +240,8 @@ void TVGoogleService::authorised()
     store(C_AuthExpiresTag, expiry);
     emit state_changed();
     emit service_approved();
-    if (!is_running() && tvhandle_error(TVWebService::start(), TVSevWarning) >= 2)
-        return;
+    if (!is_running())
+        (void)tvhandle_error(TVWebService::start(), TVSevWarning);
 }
 
 // A sign-in that got no answer in time may be started again.

@@ -96,7 +96,7 @@ int TVCloudBrowseQt::choose(QWidget* parent, int service, int& type, std::string
             return TVErrC_okCancel;
         name = names.front();
         if (names.size() > 1) {
-            names.resize(std::min<size_t>(names.size(), 3));
+            // Three at the most, beside Cancel; an empty one hides its button.
             names.resize(3);
             name = TVMessageBoxQt::start(parent, "Select File", "Which file do you want to use?",
                                          names[0], names[1], names[2],

@@ -259,6 +259,11 @@ void TVDBManagerQt::db_close_window()
 
 void TVDBManagerQt::db_quit()
 {
+    // The file is closed: the Drive mirror stops polling, after one last
+    // look at what the closing save wrote. A quit the user called off
+    // never gets here, and the mirror goes on.
+    (void)tvhandle_error(tvslotcall::call([] { return TVGoogleService::instance()->stop(); }),
+                         TVSevWarning);
     db_close_window();
     QCoreApplication::quit();
 }
@@ -737,10 +742,6 @@ int TVDBManagerQt::user_quit(bool save_first)
         if (istvwarn(call([&] { return tvapplication()->record_open_windows(windows, true); })))
             get_tverror()->clear_all();
         const int result = do_unload(save_first, TVSlotQt(this, SLOT(db_quit())), TVSlotQt());
-        // What the last save wrote to the mirror goes up before the end.
-        const int stopped = TVGoogleService::instance()->stop();
-        if (istvwarn(stopped))
-            return tv_trail_return(stopped, TVLOCATION);
         return istvwarn(result) ? tv_trail_return(result, TVLOCATION) : TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

@@ -95,8 +95,8 @@ public:
     [[nodiscard]] int user_push();
     // Closes the file (and the window too with close_window).
     [[nodiscard]] int user_close(bool save_first, bool close_window);
-    // Records the open windows, closes the file and ends the program; the
-    // Drive mirror stops polling.
+    // Records the open windows, closes the file and ends the program
+    // (db_quit, where the Drive mirror stops polling).
     [[nodiscard]] int user_quit(bool save_first);
     // Finds a database already in the cloud (TVCloudBrowseQt: 1 iCloud, 2
     // Google Drive, 3 the shared folder) and links this one to it: its data
