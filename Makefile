@@ -68,7 +68,7 @@ bench: release-configure
 
 # The program on a prepared file under Xvfb, its windows grabbed to
 # $(BUILD)/screenshots: welcome, session, run, finished run, list and
-# editor, preferences.
+# editor, preferences, the cloud button in two states and the cloud page.
 screenshots: configure
 	@cmake --build $(BUILD) -j $(JOBS) --target tarvello-maths-screenshots
 	@rm -rf $(BUILD)/screenshots && mkdir -p $(BUILD)/screenshots

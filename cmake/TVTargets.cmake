@@ -16,6 +16,9 @@ function(tv_add_tests name)
     target_link_libraries(${name} PRIVATE ${T_LIBS} tvtestsupport GTest::gtest GTest::gtest_main)
   endif()
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/tests)
+  if(NOT T_GUI)
+    tv_sanitizer_defaults(${name}) # the GUI main carries them
+  endif()
   gtest_discover_tests(${name}
     PROPERTIES LABELS ${T_LABEL}
     DISCOVERY_MODE PRE_TEST

@@ -9,8 +9,10 @@
 #include "AppTarvelloMaths/qt/art/mathsimages.h"
 #include "AppTarvelloMaths/qt/mathsmainqt.h"
 #include "LibComms/cloud/tvcloudservice.h"
+#include "LibComms/web/tvgoogleservice.h"
 #include "LibCore/error/tverror.h"
 #include "LibCore/log/tvdump.h"
+#include "LibCore/param/tvparam.h"
 #include "LibCore/param/tvparamcmdline.h"
 #include "LibCore/param/tvparamfile.h"
 #include "LibCore/param/tvparamvaluegroup.h"
@@ -86,8 +88,13 @@ int AppMaths::run()
             m_mathsDB = m_openRequest;
         // Reminders and schedules read dates as text.
         tv_install_date_parser();
-        // The shared folder's service and the others, before the file comes in.
-        TV_PASS_ON(TVCloudService::start_services(std::string(), std::string()));
+        // The cloud services, before the file comes in. The program's
+        // registration with Google is the user's configuration; without
+        // it there is no Drive.
+        TVParam* param = tvparam();
+        TV_PASS_ON(TVCloudService::start_services(
+            param->get_system_value(TVGoogleService::C_ClientIdTag),
+            param->get_system_value(TVGoogleService::C_ClientSecretTag)));
         m_db = std::make_unique<MathsDB>();
         MathsDB::add_database(m_db.get());
         m_mainWindow = new MathsMainQt(*m_db, nullptr);

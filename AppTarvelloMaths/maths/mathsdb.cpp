@@ -310,9 +310,10 @@ int MathsDB::update()
     }
 }
 
-int MathsDB::recalculate(E_RecalcLevel)
+int MathsDB::recalculate(E_RecalcLevel level)
 {
     try {
+        TV_PASS_ON(TVDatabase::recalculate(level));
         TV_PASS_ON(cleanup_incomplete(false));
         if (Session* session = current_session())
             TV_PASS_ON(update_session(*session));

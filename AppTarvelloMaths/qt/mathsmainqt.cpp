@@ -8,6 +8,7 @@
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibCore/log/tvdump.h"
+#include "LibDatabase/qt/tvcloudbuttonqt.h"
 #include "LibDate/core/tvdateutils.h"
 #include "LibGui/base/tvnotifyitem.h"
 #include "LibGui/base/tvnotifyscheme.h"
@@ -251,6 +252,10 @@ void MathsMainQt::setup_form()
     finishedButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
     finishedButton->setMinimumWidth(2 * C_ButtonWidth);
     row->addStretch(1);
+    // The links' state; hidden while the file has none.
+    cloudButton = new TVCloudButtonQt(this, mButtonBox);
+    row->addWidget(cloudButton);
+    cloudButton->update_state();
     add_button(mButtonBox, ":/TarvelloMathsImages/images/32/ZoomIn.png",
                "Zoom the background image in.", SLOT(zoom_in()));
     add_button(mButtonBox, ":/TarvelloMathsImages/images/32/ZoomOut.png",
@@ -720,6 +725,7 @@ void MathsMainQt::preferences_selected()
     settings->add_form(new TVNotifySettingsQt(get_notify()), C_WarningIcon);
     if (!is_mobile())
         settings->add_form(new TVLocaleQt(), C_ClockIcon);
+    add_settings_forms(*settings);
     settings->add_form(MathsWindows::make_preferences(m_mathsDB), C_ProgramIcon);
     settings->set_manual("Preferences.html", "");
     // A new picture folder shows at once.

@@ -40,6 +40,7 @@ class QToolButton;
 class QTreeWidgetItem;
 class QWidget;
 class TVGuideQt;
+class TVCloudButtonQt;
 class TVImageViewerQt;
 class TVNotifyItem;
 class TVNotifyBarQt;
@@ -108,6 +109,7 @@ public:
     QLabel* sessionStatus;
     QFrame* mButtonBox;
     QToolButton* finishedButton;
+    TVCloudButtonQt* cloudButton;
     QMenu* menuFile;
     QMenu* menuRecent;
     QMenu* menu_Export;

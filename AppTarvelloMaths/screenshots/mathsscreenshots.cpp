@@ -1,6 +1,7 @@
 // The screenshots of `make screenshots`: the real program (AppMaths, its
 // load and its main window) on a file in a temporary home, driven with key
-// and mouse events as a family would use it, each window grabbed to a PNG.
+// and mouse events as a family would use it, each window grabbed to a PNG;
+// last the cloud button and the cloud settings page.
 //
 //   tarvello-maths-screenshots <folder>
 //
@@ -18,11 +19,19 @@
 #include "AppTarvelloMaths/qt/exerciselistqt.h"
 #include "AppTarvelloMaths/qt/goexerciseqt.h"
 #include "AppTarvelloMaths/qt/mathsmainqt.h"
+#include "LibComms/cloud/tvcloudinstance.h"
+#include "LibComms/cloud/tvgcloudservice.h"
+#include "LibComms/cloud/tvlocalservice.h"
+#include "LibComms/web/tvgoogleservice.h"
 #include "LibCore/error/tverror.h"
+#include "LibCore/fileutils/tvfileutils.h"
+#include "LibDatabase/db/tvexternaldb.h"
+#include "LibDatabase/qt/tvcloudbuttonqt.h"
 #include "LibDate/core/tvdateutils.h"
 #include "LibGui/qt/tvlineeditqt.h"
 #include "LibGui/qt/tvmessageboxscript.h"
 #include "LibGui/qt/tvqtapp.h"
+#include "LibGui/qt/tvsettingsformqt.h"
 #include "LibGui/qt/tvsettingsqt.h"
 #include "LibGui/qt/tvtreewidgetqt.h"
 
@@ -326,6 +335,48 @@ private:
         if (settings != nullptr)
             settings->select_form(settings->get_nforms() - 1);
         save(settings, "6-preferences.png");
+        if (settings != nullptr)
+            settings->cancel_pressed();
+        settle();
+        shoot_cloud(window, db);
+    }
+
+    // The button row with the cloud button in two states, then the cloud
+    // page with every group this computer has: the program registered with
+    // Google (no sign-in, nothing leaves the machine) and a shared folder.
+    void shoot_cloud(MathsMainQt& window, MathsDB& db)
+    {
+        const std::string share = QDir::home().filePath("share").toStdString();
+        const std::string name = tv_basename(db.get_filename());
+        TVExternalDB* link = nullptr;
+        if (!QDir().mkpath(QString::fromStdString(share)) ||
+            !ok(TVLocalService::set_syncdir(share), "shared folder") ||
+            !ok(db.add_external(TVCloudInstance::E_LocalShare, name, 0, link), "link")) {
+            m_failed = true;
+            return;
+        }
+        // Linked, with the link's own record still to go out.
+        window.cloudButton->update_state();
+        save(window.mButtonBox, "7-cloud-button-push.png");
+        // A Drive link on a computer where the program has no registration
+        // with Google is off, and off shows over everything else.
+        if (!ok(db.add_external(TVCloudInstance::E_GDrive, name, 0, link), "Drive link")) {
+            m_failed = true;
+            return;
+        }
+        window.cloudButton->update_state();
+        save(window.mButtonBox, "8-cloud-button-off.png");
+        db.remove_external(TVCloudInstance::E_GDrive);
+
+        TVGoogleService::instance()->initialise(TVGCloudService::google_dir(), "screenshots",
+                                                "screenshots");
+        window.preferences_selected();
+        settle(300);
+        auto* settings = find_window<TVSettingsQt>();
+        for (int i = 0; settings != nullptr && i < settings->get_nforms(); ++i)
+            if (settings->get_form(i)->get_title() == "Cloud")
+                settings->select_form(i);
+        save(settings, "9-cloud-settings.png");
         if (settings != nullptr)
             settings->cancel_pressed();
         settle();

@@ -1,8 +1,10 @@
 #include "LibComms/cloud/tvcloudfile.h"
 
+#include "LibComms/cloud/tvcloudservice.h"
 #include "LibCore/error/tverror.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibCore/log/tvdump.h"
+#include "LibObject/object/tvtrail.h"
 
 #include <ostream>
 
@@ -36,19 +38,34 @@ bool TVCloudFile::init_in_progress()
     return false;
 }
 
+TVCloudService* TVCloudFile::service()
+{
+    return nullptr;
+}
+
 bool TVCloudFile::has_data()
 {
-    return false;
+    return service() != nullptr && service()->has_data(m_fileName);
 }
 
+// Nothing read now is read at the next ask.
 std::string TVCloudFile::read()
 {
-    return std::string();
+    std::string data;
+    if (service() != nullptr && istvwarn(service()->fetch(m_fileName, data)))
+        get_tverror()->clear_last_error();
+    return data;
 }
 
-int TVCloudFile::write(const std::string&)
+int TVCloudFile::write(const std::string& data)
 {
-    return TVErrC_ok;
+    try {
+        if (service() != nullptr)
+            TV_PASS_ON(service()->send(m_fileName, data));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
 }
 
 std::string TVCloudFile::get_name()
@@ -58,7 +75,7 @@ std::string TVCloudFile::get_name()
 
 std::string TVCloudFile::debug_info()
 {
-    return "???";
+    return service() != nullptr ? service()->debug_info() : "???";
 }
 
 int TVCloudFile::get_state()

@@ -4,10 +4,13 @@
 // TVCloudFile: what a database's link to a shared copy holds: one linked
 // file of one cloud service. This base is a handle with no service behind
 // it: always available, never busy, never any data. The concrete handles
-// (shared folder, Drive, iCloud) forward to their service.
+// (shared folder, Drive, iCloud) name their service (service()), to which
+// has_data, read, write and debug_info go by the file's name.
 
 #include <iosfwd>
 #include <string>
+
+class TVCloudService;
 
 class TVCloudFile
 {
@@ -46,6 +49,9 @@ public:
     const std::string& get_filename() const { return m_fileName; }
 
 protected:
+    // The service behind the handle; null for none.
+    virtual TVCloudService* service();
+
     std::string m_fileName;
 };
 

@@ -1,6 +1,8 @@
 #include "LibComms/cloud/tvcloudinstance.h"
 
 #include "LibComms/cloud/tvcloudfile.h"
+#include "LibComms/cloud/tvgcloudfile.h"
+#include "LibComms/cloud/tvgcloudservice.h"
 #include "LibComms/cloud/tvlocalfile.h"
 #include "LibComms/cloud/tvlocalservice.h"
 #include "LibCore/error/tverror.h"
@@ -45,14 +47,16 @@ void TVCloudInstance::refresh_cloud()
 
 int TVCloudInstance::set_file(E_FileType type, const std::string& name)
 {
-    if (type != m_fileType || (m_file == nullptr && type == E_LocalShare)) {
+    if (type != m_fileType || (m_file == nullptr && (type == E_LocalShare || type == E_GDrive))) {
         m_file.reset();
         m_fileType = type;
-        // The shared folder's handle; Drive's comes with its service, and
-        // iCloud has none on this platform.
+        // iCloud has no handle on this platform.
         if (type == E_LocalShare) {
             (void)TVLocalService::instance();
             m_file = std::make_unique<TVLocalFile>(name);
+        } else if (type == E_GDrive) {
+            (void)TVGCloudService::instance();
+            m_file = std::make_unique<TVGCloudFile>(name);
         }
     }
     m_fileName = name;

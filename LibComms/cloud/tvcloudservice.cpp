@@ -1,8 +1,10 @@
 #include "LibComms/cloud/tvcloudservice.h"
 
+#include "LibComms/cloud/tvgcloudservice.h"
 #include "LibComms/cloud/tvicloudservice.h"
 #include "LibComms/cloud/tvlocalservice.h"
 #include "LibComms/thread/tvmutexlocker.h"
+#include "LibComms/web/tvgoogleservice.h"
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/error/tverror.h"
 #include "LibCore/fileutils/tvfilefaults.h"
@@ -33,11 +35,12 @@ TVCloudService::~TVCloudService()
     }
 }
 
-int TVCloudService::start_services(const std::string&, const std::string&)
+int TVCloudService::start_services(const std::string& client_id, const std::string& client_secret)
 {
-    // The Drive service joins these once it is built; until then a Drive
-    // link has no handle and shows as off.
+    TVGoogleService::instance()->initialise(TVGCloudService::google_dir(), client_id,
+                                            client_secret);
     (void)TViCloudService::instance();
+    (void)TVGCloudService::instance();
     (void)TVLocalService::instance();
     return TVErrC_ok;
 }
@@ -55,6 +58,7 @@ void TVCloudService::nudge()
 void TVCloudService::nudge_all()
 {
     TViCloudService::instance()->nudge();
+    TVGCloudService::instance()->nudge();
     TVLocalService::instance()->nudge();
 }
 
@@ -205,6 +209,7 @@ void TVCloudService::reset_files()
 void TVCloudService::reset_all()
 {
     TViCloudService::instance()->reset_files();
+    TVGCloudService::instance()->reset_files();
     TVLocalService::instance()->reset_files();
 }
 

@@ -15,11 +15,10 @@ public:
 
     bool is_available() override;
     bool init_in_progress() override;
-    bool has_data() override;
-    std::string read() override;
-    [[nodiscard]] int write(const std::string& data) override;
     std::string get_name() override;
-    std::string debug_info() override;
+
+protected:
+    TVCloudService* service() override;
 };
 
 #endif // TVICLOUDFILE_H

@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdio>
 #include <fstream>
+#include <sys/stat.h>
 #include <ostream>
 #include <set>
 
@@ -190,7 +191,9 @@ int TVParamFile::rewrite_file()
         std::ofstream out;
         if (!TVFileFaults::should_fail(TVFileFaults::E_OpWrite, tmp))
             out.open(tmp, std::ios::out | std::ios::trunc);
-        if (!out.is_open())
+        // The user's sign-in tokens live here: for the owner's eyes only,
+        // before a byte is written.
+        if (!out.is_open() || ::chmod(tmp.c_str(), S_IRUSR | S_IWUSR) != 0)
             return tvwarning(TVErrC_FileCreate, TVLOCATION, "Could not create the file %s", tmp.c_str());
 
         const TVParamSet& own = get_params();

@@ -8,6 +8,7 @@
 #include "LibDatabase/db/tvdbreader.h"
 #include "LibDatabase/db/tvdbsaver.h"
 #include "LibDatabase/db/tvdbschema.h"
+#include "LibDatabase/db/tvdbscript.h"
 #include "LibDatabase/db/tvdbsync.h"
 #include "LibDatabase/db/tvexternaldb.h"
 #include "LibCore/log/tvlog.h"
@@ -607,6 +608,60 @@ int TVDatabase::validate_specs() const
     return TVDBSchema(const_cast<TVDatabase&>(*this)).validate_specs();
 }
 
+// ---- Scripts ----------------------------------------------------------------------------
+
+int TVDatabase::run_trigger(TVDBObject& object, const std::string& trigger)
+{
+    return object.run_trigger_script(trigger);
+}
+
+int TVDatabase::run_trigger_script(const std::string& name)
+{
+    try {
+        // By id: a script may add or replace objects as the pass goes on.
+        std::vector<int> ids;
+        for (const TVDBObject* object : d->m_objects)
+            if (object->uses_spec() && !object->is_deleted())
+                ids.push_back(object->get_id());
+        for (int id : ids)
+            if (TVDBObject* object = get_object_by_id(id))
+                TV_PASS_ON(object->run_trigger_script(name));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+bool TVDatabase::get_error_script(std::string& script, int& id, int& line,
+                                  std::string* message) const
+{
+    for (const TVDBObject* object : d->m_objects)
+        for (int i = 0; i < object->get_nscripts(); ++i) {
+            const TVDBScript* candidate = object->get_script_no(i);
+            if (candidate->get_error_line() >= 0) {
+                script = candidate->get_name();
+                id = object->get_id();
+                line = candidate->get_error_line();
+                if (message != nullptr)
+                    *message = candidate->get_error_text();
+                return true;
+            }
+        }
+    return false;
+}
+
+int TVDatabase::discard_operation()
+{
+    try {
+        TV_PASS_ON(TVDBLoader(*this).load_base(false));
+        mark_changed(TVLOCATION, true);
+        mark_partial_written();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
 // ---- Layers not in this build -------------------------------------------------------
 //
 // Each answers TVErrC_NotAvailable, a plain outcome that callers pass on as
@@ -614,11 +669,6 @@ int TVDatabase::validate_specs() const
 // asks for by name, reports it as a warning instead.
 
 int TVDatabase::apply_active_note(TVDBObject&)
-{
-    return TVErrC_NotAvailable;
-}
-
-int TVDatabase::run_trigger(TVDBObject&, const std::string&)
 {
     return TVErrC_NotAvailable;
 }
@@ -1052,10 +1102,11 @@ int TVDatabase::initialise(bool)
 {
     try {
         resolve_containers();
-        // Every object on the current specs (queries and the start-up
-        // trigger are layers of their own).
+        // Every object on the current specs (queries are a layer of their
+        // own), then the start-up triggers, which may use what the specs give.
         TV_PASS_ON(TVDBSchema(*this).initialise());
         mark_changed(TVLOCATION, true);
+        TV_PASS_ON(run_trigger_script(TVDBObject::C_StartupTrigger));
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
@@ -1211,9 +1262,11 @@ void TVDatabase::pause_background(bool pause)
     d->m_pauseBackground = pause;
 }
 
-int TVDatabase::recalculate(E_RecalcLevel)
+int TVDatabase::recalculate(E_RecalcLevel level)
 {
-    return TVErrC_ok;
+    if (level == E_RecalcNone)
+        return TVErrC_ok;
+    return run_trigger_script(TVDBObject::C_RecalculateTrigger);
 }
 
 int TVDatabase::func()

@@ -307,6 +307,19 @@ public:
     static const char* const C_CreateTrigger; // "create"
     static const char* const C_EditTrigger;   // "edit"
 
+    // Runs the trigger of that name on every live object that uses specs,
+    // in the database's order, within the current operation; the first
+    // warning (a script the time limit stopped) ends it.
+    [[nodiscard]] int run_trigger_script(const std::string& name);
+    // The first script, over all objects and specs, whose last run raised:
+    // its name, the id of the object that holds it, the line and, when
+    // asked, the message; false when none did.
+    bool get_error_script(std::string& script, int& id, int& line,
+                          std::string* message = nullptr) const;
+    // Drops the changes of the open operation by rebuilding from the files,
+    // as undo does: objects held from before are stale afterwards.
+    [[nodiscard]] int discard_operation();
+
     // The highest update counter of this object and all objects.
     long get_last_db_update() const;
     bool db_has_changed_since(long counter) const;

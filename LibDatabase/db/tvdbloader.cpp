@@ -221,10 +221,11 @@ int TVDBLoader::load_partial(bool skip_saved)
     }
 }
 
-int TVDBLoader::load_base()
+int TVDBLoader::load_base(bool save_pending)
 {
     try {
-        TV_PASS_ON(TVDBSaver(m_db).save_partial(""));
+        if (save_pending)
+            TV_PASS_ON(TVDBSaver(m_db).save_partial(""));
         // The links and what was written to them are no part of what the
         // user undoes: the base knows neither a link made since nor the
         // writes since, and the next pull would judge by them.

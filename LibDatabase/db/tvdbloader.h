@@ -27,7 +27,8 @@ public:
     [[nodiscard]] int create(const std::string& file, bool overwrite);
     [[nodiscard]] int unload();
     [[nodiscard]] int load_partial(bool skip_saved);
-    [[nodiscard]] int load_base();
+    // save_pending false drops the changes not yet in the partial file.
+    [[nodiscard]] int load_base(bool save_pending = true);
     [[nodiscard]] int clean_intermediate(bool keep_partial, bool remove);
     // Reads a main file whole onto the database and checks its version.
     [[nodiscard]] int load_file(const std::string& file);

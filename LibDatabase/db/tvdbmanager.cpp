@@ -78,14 +78,12 @@ int TVDBManager::get_filename(std::string& out, const std::string& name, bool us
 
 bool TVDBManager::needs_push() const
 {
-    // Linked copies belong to the sync layer; until then only our own
-    // changes make a push worth while.
-    return m_db.needs_save();
+    return m_db.needs_push();
 }
 
 bool TVDBManager::has_cloud() const
 {
-    return false;
+    return m_db.get_nexternals() > 0;
 }
 
 std::string TVDBManager::get_dbname() const

@@ -49,7 +49,9 @@ public:
     [[nodiscard]] static int get_filename(std::string& out, const std::string& name,
                                           bool use_recent);
 
+    // The database changed since it was last written whole to its links.
     bool needs_push() const;
+    // The database has a link to a shared copy: the cloud controls show.
     bool has_cloud() const;
     // The base name of the database's file; empty for one in memory.
     std::string get_dbname() const;

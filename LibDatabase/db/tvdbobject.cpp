@@ -854,6 +854,14 @@ TVDBScript* TVDBObject::get_script(const std::string& name) const
     return spec != nullptr ? spec->get_own_script(name) : nullptr;
 }
 
+int TVDBObject::run_trigger_script(const std::string& name)
+{
+    TVDBScript* script = get_script(C_Trigger + name);
+    if (script == nullptr)
+        return TVErrC_ok;
+    return script->run_within(*this, false, nullptr);
+}
+
 // ---- Variables -------------------------------------------------------------------------
 
 int TVDBObject::get_nvariables() const

@@ -231,9 +231,18 @@ public:
     void clear_scripts();
     // This object's own script of that name; null when it has none.
     TVDBScript* get_own_script(const std::string& name) const;
-    // The script of that name: this object's own first, then its spec's
-    // (inherited scripts are copied into the spec); null when neither has it.
+    // The script of that name this object runs: its own, else its spec's
+    // (inherited scripts are copied into the spec); null when neither has one.
     TVDBScript* get_script(const std::string& name) const;
+    // Runs the trigger script "on_" + name (C_Trigger + a trigger name)
+    // within the current operation; TVErrC_ok when there is none.
+    [[nodiscard]] int run_trigger_script(const std::string& name);
+
+    static constexpr const char* C_Trigger = "on_";
+    static constexpr const char* C_CreateTrigger = "create";
+    static constexpr const char* C_EditTrigger = "edit";
+    static constexpr const char* C_RecalculateTrigger = "recalculate";
+    static constexpr const char* C_StartupTrigger = "startup";
 
     // ---- Variables ------------------------------------------------------------
     //

@@ -1,8 +1,13 @@
 #include "LibDatabase/db/tvdbscript.h"
 
 #include "LibCore/log/tvdump.h"
+#include "LibDatabase/db/tvdatabase.h"
+#include "LibDatabase/db/tvdbobject.h"
+#include "LibDatabase/db/tvdbscriptengineqt.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvtrail.h"
+
+#include <QCoreApplication>
 
 #include <ostream>
 
@@ -10,6 +15,9 @@ namespace {
 constexpr const char* C_ClassName = "TVDBScript";
 const TVObjectPreReg s_preReg(C_ClassName, TVDBScript::create_tvobject);
 } // namespace
+
+int TVDBScript::TVErrC_ScriptStopped =
+    allocate_code("TVDBScript::TVErrC_ScriptStopped", "A script ran too long and was stopped.");
 
 TVDBScript::TVDBScript()
 {
@@ -97,4 +105,59 @@ void TVDBScript::dump(std::ostream& out, int indent) const
     if (m_errorLine >= 0)
         out << " error at line " << m_errorLine << ": " << m_errorText;
     out << '\n';
+}
+
+int TVDBScript::run(TVDBObject& object, bool interactive)
+{
+    try {
+        TVDatabase* db = object.get_database();
+        const bool ownStep = !TVDBScriptEngineQt::running() && db != nullptr &&
+                             db->is_loaded() && !db->is_read_only();
+        const std::string operation = "Run Script " + m_name;
+        // What was open before is finished first, so that a stop drops only
+        // what the script did.
+        if (ownStep && db->needs_save())
+            TV_PASS_ON(db->complete_operation(operation));
+        const int result = run_engine(object, interactive, nullptr);
+        if (!ownStep)
+            return result;
+        if (result == TVErrC_ScriptStopped) {
+            const std::string error = m_errorText;
+            const int line = m_errorLine;
+            TV_PASS_ON(db->discard_operation());
+            // The rebuild made the database's scripts afresh; this one may
+            // no longer be among them, but the caller still holds it.
+            set_error(line, error);
+            return result;
+        }
+        TV_PASS_ON(db->complete_operation(operation));
+        return result;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBScript::run_within(TVDBObject& object, bool interactive, std::string* value)
+{
+    return run_engine(object, interactive, value);
+}
+
+int TVDBScript::run_engine(TVDBObject& object, bool interactive, std::string* value)
+{
+    clear_error();
+    if (QCoreApplication::instance() == nullptr) {
+        // Like any script error: kept on the script, never the program's.
+        set_error(0, "Scripts can't run in a program without an application object.");
+        return TVErrC_okCancel;
+    }
+    TVDBScriptEngineQt engine(&object, interactive);
+    const TVDBScriptEngineQt::Outcome outcome = engine.run(m_script, m_name);
+    if (value != nullptr)
+        *value = outcome.value;
+    if (outcome.errorLine < 0)
+        return TVErrC_ok;
+    set_error(outcome.errorLine, outcome.errorText);
+    if (outcome.stopped)
+        return tvwarning(TVErrC_ScriptStopped, TVLOCATION, "%s", m_errorText.c_str());
+    return TVErrC_okCancel;
 }

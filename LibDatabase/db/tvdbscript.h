@@ -37,6 +37,24 @@ public:
     const std::string& get_shortcut() const { return m_shortcut; }
     void set_shortcut(const std::string& shortcut) { m_shortcut = shortcut; }
 
+    // A run the user starts: the script's changes make one undoable step,
+    // "Run Script NAME" (changes left open before it are finished first,
+    // under that name, and stay whatever the run does). A
+    // script that raises keeps what it changed up to there, its error on
+    // the script, and gives TVErrC_okCancel. One stopped by the time limit
+    // gives TVErrC_ScriptStopped, and its changes are dropped: the database
+    // is rebuilt from its files as after undo, so objects held from before
+    // the run are stale. Without a loaded, writable database the changes
+    // stay in memory as they are.
+    [[nodiscard]] int run(TVDBObject& object, bool interactive);
+    // A run within another operation (a trigger, a script calling a
+    // script): no step of its own, nothing dropped on a stop. value, when
+    // given, receives the result as text.
+    [[nodiscard]] int run_within(TVDBObject& object, bool interactive, std::string* value);
+
+    // A run the time limit stopped.
+    static int TVErrC_ScriptStopped;
+
     // -1 when the last run raised nothing.
     int get_error_line() const { return m_errorLine; }
     const std::string& get_error_text() const { return m_errorText; }
@@ -44,6 +62,8 @@ public:
     void clear_error();
 
 private:
+    int run_engine(TVDBObject& object, bool interactive, std::string* value);
+
     std::string m_name;
     std::string m_script;
     std::string m_shortcut;

@@ -1,13 +1,20 @@
 #include "LibDatabase/qt/tvdbmanagerqt.h"
 
+#include "LibComms/cloud/tvcloudinstance.h"
+#include "LibComms/web/tvgoogleservice.h"
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibCore/textstr/tvscopeguard.h"
 #include "LibDatabase/db/tvdatabase.h"
+#include "LibDatabase/db/tvexternaldb.h"
+#include "LibDatabase/qt/tvcloudbrowseqt.h"
+#include "LibDatabase/qt/tvcloudbuttonqt.h"
+#include "LibDatabase/qt/tvcloudsettingsformqt.h"
 #include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/qt/tvdbflow_p.h"
 #include "LibDatabase/qt/tvdbimportqt.h"
 #include "LibDatabase/qt/tvdbloadqt.h"
+#include "LibDatabase/qt/tvdbscripthostqt.h"
 #include "LibDatabase/qt/tvdbunloadqt.h"
 #include "LibDatabase/db/tvdbheartbeat.h"
 #include "LibDate/core/tvdateutils.h"
@@ -17,6 +24,7 @@
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibGui/qt/tvmessageboxqt.h"
 #include "LibGui/qt/tvnotifylistqt.h"
+#include "LibGui/qt/tvsettingsqt.h"
 #include "LibGui/qt/tvslotcall.h"
 
 #include <QAction>
@@ -41,6 +49,7 @@ struct TVDBManagerQt::TVDBManagerQtImpl
     QTimer m_detailTimer;
     QTimer m_interactTimer;
     TVLockFile m_lock;
+    std::unique_ptr<TVDBScriptHostQt> m_scriptHost;
     bool m_paused = false;
     bool m_updating = false;
     // closeEvent lets the window go only once do_unload has finished.
@@ -48,6 +57,9 @@ struct TVDBManagerQt::TVDBManagerQtImpl
     std::string m_pendingFile;
     std::string m_pendingFallback;
     bool m_pendingMulti = false;
+    // The cloud file a first start chose to take the data from.
+    int m_pendingCloudType = TVCloudInstance::E_None;
+    std::string m_pendingCloudName;
 };
 
 namespace {
@@ -77,6 +89,8 @@ TVDBManagerQt::TVDBManagerQt(TVDatabase& db, QWidget* parent)
     for (QTimer* timer : {&d->m_updateTimer, &d->m_frequentTimer, &d->m_detailTimer,
                           &d->m_interactTimer})
         timer->setSingleShot(true);
+    // Scripts of this window's database prompt over it and reach its actions.
+    d->m_scriptHost = std::make_unique<TVDBScriptHostQt>(*this);
     connect(&d->m_updateTimer, &QTimer::timeout, this, &TVDBManagerQt::periodic_timer_expired,
             Qt::QueuedConnection);
     connect(&d->m_frequentTimer, &QTimer::timeout, this, &TVDBManagerQt::frequent_timer_expired,
@@ -154,11 +168,17 @@ void TVDBManagerQt::db_loaded(std::string file)
         istvwarn(call([&] { return tvapplication()->add_recent(file, std::max(0, position)); })))
         get_tverror()->clear_all();
     set_window_title();
+    if (stopped(call([&] { return link_pending_cloud(); })))
+        return;
     show_dialog();
     if (stopped(call([&] { return do_periodic_update(); })))
         return;
     if (m_updatePeriod > 0)
         start_timers();
+    // The Drive mirror runs while a database has a Drive link.
+    if (db.get_external_type(TVCloudInstance::E_GDrive) != nullptr &&
+        stopped(call([] { return TVGoogleService::instance()->start(); })))
+        return;
     QTimer::singleShot(100, this, &TVDBManagerQt::gui_started);
     // A URL that came while the file was loading is for this file.
     if (has_tvapplicationqt())
@@ -243,6 +263,11 @@ void TVDBManagerQt::db_close_window()
 
 void TVDBManagerQt::db_quit()
 {
+    // The file is closed: the Drive mirror stops polling, after one last
+    // look at what the closing save wrote. A quit the user called off
+    // never gets here, and the mirror goes on.
+    (void)tvhandle_error(tvslotcall::call([] { return TVGoogleService::instance()->stop(); }),
+                         TVSevWarning);
     db_close_window();
     QCoreApplication::quit();
 }
@@ -365,13 +390,19 @@ int TVDBManagerQt::rebuild_notify()
         std::string script;
         int line = 0;
         std::string message;
-        if (istvwarn(call([&] { return db.validate_queries(script, line, message); }))) {
+        // A query's script that doesn't parse, else a script whose last run
+        // raised: the first of either is listed.
+        int holder = 0;
+        bool failed = istvwarn(call([&] { return db.validate_queries(script, line, message); }));
+        if (failed)
             get_tverror()->clear_all();
+        else
+            failed = db.get_error_script(script, holder, line, &message);
+        if (failed)
             list.add(TVNotifyItem("Script errors in " + script + ":" + std::to_string(line) +
                                       ": " + message,
                                   TVId(C_ScriptError, 0, 0), C_NotifySystem, C_SystemPriority,
                                   TVDateUtils::blank_date()));
-        }
         list.update();
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
@@ -762,6 +793,71 @@ int TVDBManagerQt::initialise_notify()
     return list.initialise();
 }
 
+void TVDBManagerQt::add_settings_forms(TVSettingsQt& settings)
+{
+    auto* cloud = new TVCloudSettingsFormQt;
+    cloud->initialise(get_database(), *this);
+    settings.add_form(cloud, TVCloudButtonQt::C_CloudOK);
+}
+
+int TVDBManagerQt::cloud_browse(int service)
+{
+    try {
+        int type = TVCloudInstance::E_None;
+        std::string name;
+        const int chosen = TVCloudBrowseQt::choose(this, service, type, name);
+        if (chosen != TVErrC_ok)
+            return istvwarn(chosen) ? tv_trail_return(chosen, TVLOCATION) : chosen;
+        TVDatabase& db = get_database();
+        TVExternalDB* link = db.get_external_name(name);
+        if (link != nullptr && link->get_dbtype() == type)
+            return TVErrC_ok;
+        db.remove_external(type);
+        TV_PASS_ON(db.add_external(type, name, db.has_user_data() ? 2 : 1, link));
+        TV_PASS_ON(on_db_changed());
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBManagerQt::first_use_cloud()
+{
+    try {
+        const std::string google = TVGoogleService::instance()->is_available() ? "Google Drive" : "";
+        const std::string answer = TVMessageBoxQt::start(
+            this, "From the Cloud", "Where is the data you want to use?", google, "Cloud Share",
+            TVMessageBox::C_Cancel);
+        const int service = answer == "Google Drive"  ? TVCloudBrowseQt::E_Google
+                            : answer == "Cloud Share" ? TVCloudBrowseQt::E_Share
+                                                      : 0;
+        if (service == 0)
+            return TVErrC_okCancel;
+        const int chosen = TVCloudBrowseQt::choose(this, service, d->m_pendingCloudType,
+                                                   d->m_pendingCloudName);
+        if (istvwarn(chosen))
+            return tv_trail_return(chosen, TVLOCATION);
+        return chosen;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDBManagerQt::link_pending_cloud()
+{
+    try {
+        if (d->m_pendingCloudType == TVCloudInstance::E_None)
+            return TVErrC_ok;
+        const int type = d->m_pendingCloudType;
+        d->m_pendingCloudType = TVCloudInstance::E_None;
+        TVExternalDB* link = nullptr;
+        TV_PASS_ON(get_database().add_external(type, d->m_pendingCloudName, 1, link));
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
 TVNotifyList& TVDBManagerQt::get_notify() const
 {
     return d->m_notify;
@@ -809,15 +905,26 @@ int TVDBManagerQt::first_use(std::string& file)
     const TVApplication* app = tvapplication();
     const std::string text = "Welcome to " + app->get_title() +
                              "!\n\nEverything you do here is kept in one file. A new one will be " +
-                             file + ".\n\nCreate it now, find a file you already have, or quit.";
+                             file +
+                             ".\n\nCreate it now, find a file you already have, take your data "
+                             "from the cloud, or quit.";
     const std::string create = TVMessageBox::construct_key(TVDBLoadQt::C_CreateNew, true, false, "", "");
     const std::string quit = TVMessageBox::construct_key(label(TVMessageBox::C_Quit), false, true, "", "q");
-    // A chooser closed without a choice asks again.
+    // A chooser or a cloud closed without a choice asks again.
     for (;;) {
         const std::string answer = TVMessageBoxQt::start(this, "Welcome", text, create,
-                                                         TVDBLoadQt::C_FindIt, quit);
+                                                         TVDBLoadQt::C_FindIt, C_FromCloud, quit);
         if (answer == TVDBLoadQt::C_CreateNew)
             return TVErrC_okCreate;
+        if (answer == C_FromCloud) {
+            const int cloud = call([this] { return first_use_cloud(); });
+            if (cloud == TVErrC_ok)
+                return TVErrC_okCreate;
+            // What went wrong is shown, and the question comes again.
+            if (istvwarn(cloud) && stopped(cloud))
+                return TVErrC_okCancel;
+            continue;
+        }
         if (answer != TVDBLoadQt::C_FindIt)
             return TVErrC_okCancel;
         const std::string chosen = TVFileSelectQt::get_open_file(

@@ -38,6 +38,7 @@
 
 class QMenu;
 class TVDatabase;
+class TVSettingsQt;
 class TVLockFile;
 class TVNotifyList;
 class TVTagValue;
@@ -54,6 +55,8 @@ public:
     static constexpr long C_MaxRecalcWait = TVDBHeartbeat::C_MaxWaitSeconds;
     static constexpr int C_DefaultUpdatePeriod = 10000;
     static constexpr int C_DefaultDetailPeriod = 300000;
+    // The first start's answer that takes the data from a cloud service.
+    static constexpr const char* C_FromCloud = "From the Cloud";
 
     // Notification categories and ids of the heartbeat's own items.
     static constexpr int C_NotifySystem = 1000;
@@ -88,10 +91,18 @@ public:
     [[nodiscard]] int user_save_as();
     // A full copy of the database in a file the user picks.
     [[nodiscard]] int user_export(const std::string& caption, const std::string& filter);
+    // Writes the database to every link, manual ones too.
     [[nodiscard]] int user_push();
     // Closes the file (and the window too with close_window).
     [[nodiscard]] int user_close(bool save_first, bool close_window);
+    // Records the open windows, closes the file and ends the program
+    // (db_quit, where the Drive mirror stops polling).
     [[nodiscard]] int user_quit(bool save_first);
+    // Finds a database already in the cloud (TVCloudBrowseQt: 1 iCloud, 2
+    // Google Drive, 3 the shared folder) and links this one to it: its data
+    // comes in whole when this one holds nothing of the user's yet, and is
+    // merged otherwise.
+    [[nodiscard]] int cloud_browse(int service);
 
     // ---- Steps (the flows call these) ---------------------------------------
     [[nodiscard]] int do_load(const std::string& file, const std::string& fallback,
@@ -125,6 +136,8 @@ public:
     void set_ui_pause(bool pause) { m_uiPause = pause; }
     void trigger_detail_calculate() { m_detailDue = true; }
     [[nodiscard]] int initialise_notify();
+    // The database's pages of a program's settings window (the cloud page).
+    void add_settings_forms(TVSettingsQt& settings);
     TVNotifyList& get_notify() const;
 
     bool multiple_windows() const { return m_multiWindow; }
@@ -155,7 +168,10 @@ public:
     [[nodiscard]] virtual int display_started();
     // A first start: no recent files and no file to open yet. The base asks
     // once ("Welcome"): make file (TVErrC_okCreate), open one the user has
-    // ("Find It": TVErrC_ok with file set to it), or quit (TVErrC_okCancel).
+    // ("Find It": TVErrC_ok with file set to it), make file and take the
+    // data in from a cloud service the user chooses ("From the Cloud":
+    // TVErrC_okCreate, the link made once the file is in), or quit
+    // (TVErrC_okCancel).
     [[nodiscard]] virtual int first_use(std::string& file);
     // Once the file is in.
     bool takes_url() const override;
@@ -204,6 +220,11 @@ private:
     [[nodiscard]] int rebuild_notify();
     void start_timers();
     void stop_timers();
+
+    // A new database's first link, chosen at the first start (db_loaded).
+    [[nodiscard]] int link_pending_cloud();
+    // How a first start takes the data from the cloud.
+    [[nodiscard]] int first_use_cloud();
 
     std::unique_ptr<TVDBManagerQtImpl> d;
     bool m_multiWindow = true;

@@ -8,6 +8,7 @@
 #include "LibDatabase/tvdb/tvdblogcommand.h"
 #include "LibDatabase/tvdb/tvdbrepeatcommand.h"
 #include "LibDatabase/tvdb/tvdbspeccommand.h"
+#include "LibDatabase/tvdb/tvdbscriptcommand.h"
 #include "LibDatabase/tvdb/tvdbsynccommand.h"
 #include "LibDatabase/tvdb/tvdbtoolregistry.h"
 
@@ -27,6 +28,7 @@ std::vector<std::unique_ptr<TVDBCommand>> make_commands(const TVDBToolRegistry& 
     commands.push_back(std::make_unique<TVDBRepeatCommand>());
     commands.push_back(std::make_unique<TVDBSpecCommand>());
     commands.push_back(std::make_unique<TVDBSyncCommand>());
+    commands.push_back(std::make_unique<TVDBScriptCommand>());
     for (auto& command : registry.make_commands())
         commands.push_back(std::move(command));
     return commands;

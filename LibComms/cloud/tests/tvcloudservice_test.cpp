@@ -119,7 +119,7 @@ TEST_F(CloudServiceTest, AVanishedOrUnwritableFolderIsReportedByName)
     EXPECT_TRUE(istvwarn(TVLocalService::set_syncdir(m_share + "/nowhere/file")));
 }
 
-TEST_F(CloudServiceTest, OnlyTheSharedFolderHasAHandleHereTheOthersAreOff)
+TEST_F(CloudServiceTest, OnlyTheSharedFolderRunsHereDriveUnregisteredAndiCloudAreOff)
 {
     EXPECT_EQ(TVCloudInstance::to_file_type(108), TVCloudInstance::E_LocalShare);
     EXPECT_EQ(TVCloudInstance::to_file_type(42), TVCloudInstance::E_None);

@@ -262,7 +262,8 @@ TEST_F(LoadFlowTest, MissingFileOffersFindCreatePreviousAndQuit)
 }
 
 // A first start (no recent files, no default file) asks once, in a box a
-// test or the user answers: create the file, find one, or quit.
+// test or the user answers: create the file, find one, take the data from
+// the cloud, or quit.
 TEST_F(LoadFlowTest, FirstStartWelcomesThenCreatesFindsOrQuits)
 {
     const std::string other = m_dir.path().toStdString() + "/other" + C_Extension;
@@ -275,7 +276,8 @@ TEST_F(LoadFlowTest, FirstStartWelcomesThenCreatesFindsOrQuits)
         ASSERT_EQ(script.titles(), Labels{"Welcome"});
         EXPECT_NE(script.texts()[0].find("Welcome to Database Window Test!"), std::string::npos);
         EXPECT_NE(script.texts()[0].find(m_file), std::string::npos);
-        EXPECT_EQ(script.boxes()[0].labels, (Labels{"Create New", "Find It", "Quit"}));
+        EXPECT_EQ(script.boxes()[0].labels,
+                  (Labels{"Create New", "Find It", TVDBManagerQt::C_FromCloud, "Quit"}));
         EXPECT_FALSE(tv_file_exists(m_file));
     }
     {

@@ -10,7 +10,9 @@
 #include "LibComms/cloud/tvcloudinstance.h"
 #include "LibComms/cloud/tvlocalservice.h"
 #include "LibCore/fileutils/tvfileutils.h"
+#include "LibDatabase/db/tvdbscript.h"
 #include "LibDatabase/db/tvexternaldb.h"
+#include "LibGui/base/tvnotifylist.h"
 #include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/db/tvobjectspec.h"
 #include "LibDatabase/qt/tests/tvdbqttest.h"
@@ -27,9 +29,11 @@
 #include <QAction>
 #include <QKeyEvent>
 #include <QMenu>
+#include <QMenuBar>
 #include <QTest>
 #include <QUrl>
 
+#include <algorithm>
 #include <csignal>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -45,6 +49,7 @@ class CountingWindow : public TVDBManagerQt
 public:
     using TVDBManagerQt::TVDBManagerQt;
     using TVDBManagerQt::add_menus;
+    using TVDBManagerQt::initialise_notify;
     int update_calcs() override
     {
         ++m_updates;
@@ -434,6 +439,33 @@ TEST_F(ManagerTest, HeartbeatTakesInWhatAnotherComputerPushedToTheSharedFolder)
     EXPECT_GE(node_id(*m_db, "Tables"), 0);
     EXPECT_GT(updates, 1);
     restore();
+}
+
+// A script's failure is the window's to show, and a script reaches the
+// window's actions by name.
+TEST_F(ManagerTest, FailingScriptIsListedAndScriptsReachTheWindowsActions)
+{
+    start(60000);
+    QAction* go = m_window->menuBar()->addAction("&Go");
+    int pressed = 0;
+    QObject::connect(go, &QAction::triggered, [&] { ++pressed; });
+    TVDBObject* tables = m_db->get_object_by_id(node_id(*m_db, "Tables"));
+    ASSERT_NE(tables, nullptr);
+    TVDBScript press("press", "TVGuiCall('Go')", "");
+    EXPECT_EQ(press.run(*tables, true), TVErrC_ok);
+    EXPECT_EQ(pressed, 1);
+
+    tables->add_script(new TVDBScript("broken", "var a = 1;\n\nTVGuiCall('Fly')", ""));
+    EXPECT_EQ(tables->get_script("broken")->run(*tables, true), TVErrC_okCancel);
+    ASSERT_EQ(m_window->initialise_notify(), TVErrC_ok);
+    tick();
+    const TVNotifyList& list = m_window->get_notify();
+    std::vector<std::string> messages;
+    for (int i = 0; i < list.get_nitems(); ++i)
+        messages.push_back(list.get_item(i).get_message());
+    EXPECT_NE(std::find(messages.begin(), messages.end(),
+                        "Script errors in broken:3: Error: The window has no action Fly."),
+              messages.end());
 }
 
 TEST_F(ManagerTest, WindowRecoversAKilledSessionEditsAutosavesUndoesAndCloses)

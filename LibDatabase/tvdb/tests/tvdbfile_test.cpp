@@ -1,4 +1,4 @@
-// tvdb check, dump and log end to end: a file written by the engine in a
+// tvdb check, dump, log and script end to end: a file written by the engine in a
 // temporary folder, read by the built tool; and files it must refuse.
 
 #include "LibDatabase/db/tvdatabase.h"
@@ -42,6 +42,12 @@ protected:
         ASSERT_EQ(db.delete_object(2, "Delete two"), TVErrC_ok);
         db.set_comment("after the save");
         ASSERT_EQ(db.complete_operation("Comment"), TVErrC_ok);
+    }
+
+    static std::string slurp_file(const std::string& file)
+    {
+        std::ifstream in(file, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(in), {});
     }
 
     void spill(const std::string& text)
@@ -95,6 +101,26 @@ TEST_F(TVDBFileCommandTest, DumpPrintsTheSerialFormAsTheFileHoldsIt)
     EXPECT_EQ(0u, one.m_out.find("@O:\n{TVDBObject\n"));
     EXPECT_NE(std::string::npos, all.m_out.find(one.m_out));
     EXPECT_EQ(1u, std::count(one.m_out.begin(), one.m_out.end(), '@'));
+}
+
+TEST_F(TVDBFileCommandTest, ScriptRunsAgainstAnObjectAndReportsWhereItFailed)
+{
+    write_database();
+    const std::string before = slurp_file(m_file);
+    TVDBRun answer = run_tvdb({"script", m_file, "3", "var n = 6;\nn * 7"});
+    ASSERT_EQ(0, answer.m_exitCode) << answer.m_err;
+    EXPECT_EQ("42\n", answer.m_out);
+
+    const std::string path = m_dir.path().toStdString() + "/check.js";
+    std::ofstream(path) << "var a = 1;\n\nthrow 'no such table';\n";
+    TVDBRun raised = run_tvdb({"script", m_file, "3", "@" + path});
+    EXPECT_EQ(1, raised.m_exitCode);
+    EXPECT_EQ(path + ":3: no such table\n", raised.m_err);
+
+    TVDBRun missing = run_tvdb({"script", m_file, "2", "1"});
+    EXPECT_EQ(1, missing.m_exitCode);
+    EXPECT_EQ("tvdb script: " + m_file + " has no object 2\n", missing.m_err);
+    EXPECT_EQ(before, slurp_file(m_file));
 }
 
 TEST_F(TVDBFileCommandTest, FilesThatDontLoadFailWithTheirName)
