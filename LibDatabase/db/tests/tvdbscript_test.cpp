@@ -8,6 +8,7 @@
 #include "LibDatabase/db/tvdbscriptcache.h"
 #include "LibDatabase/db/tvdbscriptengineqt.h"
 #include "LibDatabase/db/tvdbscripthost.h"
+#include "LibDatabase/db/tvobjectspec.h"
 #include "LibDate/date/tvdateparser.h"
 #include "TestSupport/tvdbfiletest.h"
 
@@ -124,6 +125,19 @@ TEST_F(ScriptTest, TriggersRunOnCreateEditStartupAndRecalculate)
     m_db = reopen();
     EXPECT_EQ(m_host.m_calls,
               (std::vector<std::string>{"create", "edit", "recalculate", "startup"}));
+}
+
+TEST_F(ScriptTest, SpecTriggerRunsForObjectsOfTheSpecsThatInheritIt)
+{
+    ASSERT_EQ(m_db->add_objectspec(
+                  new TVObjectSpec("Item", "@Script on_create \"TVOpenUrl('item made')\";"), ""),
+              TVErrC_ok);
+    ASSERT_EQ(m_db->add_objectspec(new TVObjectSpec("Book", "inherits Item;"), ""), TVErrC_ok);
+    ASSERT_EQ(m_db->apply_objectspecs(), TVErrC_ok) << take_messages();
+    ASSERT_EQ(m_db->add_object(new TVDBTestNode("Dune"), nullptr, "", "",
+                               m_db->get_objectspec_id_for_name("Book"), "Add Dune"),
+              TVErrC_ok);
+    EXPECT_EQ(m_host.m_calls, std::vector<std::string>{"item made"});
 }
 
 TEST_F(ScriptTest, CallsReachSelfParentChildrenAndEveryObject)
