@@ -612,6 +612,9 @@ int TVDatabase::validate_specs() const
 
 int TVDatabase::run_trigger(TVDBObject& object, const std::string& trigger)
 {
+    // A spec's scripts are its objects' triggers, not the spec's own.
+    if (!object.uses_spec())
+        return TVErrC_ok;
     return object.run_trigger_script(trigger);
 }
 

@@ -138,6 +138,12 @@ TEST_F(ScriptTest, SpecTriggerRunsForObjectsOfTheSpecsThatInheritIt)
                                m_db->get_objectspec_id_for_name("Book"), "Add Dune"),
               TVErrC_ok);
     EXPECT_EQ(m_host.m_calls, std::vector<std::string>{"item made"});
+    // Editing the spec itself runs none of its objects' triggers.
+    const int item = m_db->get_objectspec_id_for_name("Item");
+    ASSERT_EQ(m_db->edit_objectspec(item, 1), TVErrC_ok);
+    m_db->get_objectspec_by_id(item)->set_text("@Script on_edit \"TVOpenUrl('edited')\";");
+    ASSERT_EQ(m_db->commit_objectspec(item, "Edit Item"), TVErrC_ok) << take_messages();
+    EXPECT_EQ(m_host.m_calls, std::vector<std::string>{"item made"});
 }
 
 TEST_F(ScriptTest, CallsReachSelfParentChildrenAndEveryObject)
