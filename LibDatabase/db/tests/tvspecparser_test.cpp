@@ -227,6 +227,29 @@ TEST_F(SpecParserTest, ExportParsedAndExportedAgainIsByteIdentical)
     EXPECT_EQ(second.str(), first.str());
 }
 
+TEST_F(SpecParserTest, UnknownStatementsAndTagsSurviveAWriteAndARead)
+{
+    const std::string text = "$<A> = init();\nsomeday maybe;\n";
+    TVObjectSpec spec("Odd", text);
+    int line = 0;
+    EXPECT_TRUE(istvwarn(spec.parse(&line)));
+    get_tverror()->clear_all();
+    std::ostringstream exported;
+    spec.export_spec(exported);
+    EXPECT_EQ(exported.str(), std::string(72, '#') + "\n{Odd\n" + text + "}\n");
+
+    // A tag that a later version writes comes back out.
+    std::string record;
+    ASSERT_EQ(spec.object_to_string(record, 0), TVErrC_ok);
+    record.insert(record.find('\n') + 1, "!future!kept\n");
+    TVObjectSpec read;
+    ASSERT_EQ(read.object_from_string(record, 0), TVErrC_ok);
+    EXPECT_EQ(read.get_text(), text);
+    std::string again;
+    ASSERT_EQ(read.object_to_string(again, 0), TVErrC_ok);
+    EXPECT_NE(again.find("!future!kept\n"), std::string::npos);
+}
+
 TEST_F(SpecParserTest, TokenLinesFollowNewlinesInStringsAndBlocks)
 {
     TVDBParser parser;
