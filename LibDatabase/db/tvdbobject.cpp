@@ -369,6 +369,7 @@ int TVDBObject::apply_objectspec(const TVObjectSpec& spec)
         if (!uses_spec())
             return tvwarning(TVDatabase_InvalidObjectSpec(), TVLOCATION,
                              "This object does not use object specs.");
+        bool added = false;
         for (int i = 0; i < spec.get_nvarspecs(); ++i) {
             const TVVarSpec* definition = spec.get_varspec_by_index(i);
             TVVariable* var = get_var_by_tag(definition->get_tag(), false);
@@ -377,11 +378,12 @@ int TVDBObject::apply_objectspec(const TVObjectSpec& spec)
                 var = new TVVariable(definition->get_tag(), std::string(),
                                      !definition->is_derived() && d->m_objectSerialised);
                 d->m_variables.add(var);
-                if (!d->m_objectSerialised)
-                    mark_changed(TVLOCATION, true);
+                added = true;
             }
             var->link(*definition);
         }
+        if (added && !d->m_objectSerialised)
+            mark_changed(TVLOCATION, true);
         // A stray variable with a value stays: no user data is lost when a spec changes.
         for (int i = d->m_variables.size(); i-- > 0;) {
             const TVVariable* var = d->m_variables[i];
