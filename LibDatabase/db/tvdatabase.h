@@ -223,7 +223,9 @@ public:
     [[nodiscard]] virtual int apply_objectspec_to_db(TVDBObject* object, int spec_id,
                                                      bool add_create);
     [[nodiscard]] virtual int apply_active_note(TVDBObject& object);
-    // Runs the object's trigger script of that name (C_CreateTrigger, ...).
+    // Runs the object's trigger script of that name (C_CreateTrigger, ...);
+    // nothing for an object that doesn't use specs (a spec's scripts are
+    // its objects' triggers).
     [[nodiscard]] virtual int run_trigger(TVDBObject& object, const std::string& trigger);
     // The member tag of the first child of the parent's spec; empty if none.
     virtual std::string spec_child_member_tag(const TVDBObject& parent) const;
