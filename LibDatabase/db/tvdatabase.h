@@ -292,7 +292,7 @@ public:
     std::vector<std::string> unfilled_vars(int id) const;
     bool is_bastard(int id) const;
 
-    // The ".tvo" spec file (doc/spec-language.md). export_specs writes
+    // The ".tvo" spec file (doc/schema-language.md). export_specs writes
     // every spec whole or not at all; import_specs takes the file's specs
     // in by name (text only: compile and apply after); validate_specfile
     // tries the file on a scratch copy of the specs; do_import validates,

@@ -3,7 +3,7 @@
 
 // TVObjectSpec: a user-defined kind of object, stored in the database as
 // an object of its own (container tag TVDatabase::C_SpecTag). Its text, in
-// the spec language (doc/spec-language.md), is the truth; the variables,
+// the spec language (doc/schema-language.md), is the truth; the variables,
 // children, inherited names, flags and scripts are derived from it by
 // parse, and the database's compile (TVDatabase::parse_objectspec) adds
 // the system values and what inherited specs bring.

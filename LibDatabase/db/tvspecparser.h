@@ -3,7 +3,7 @@
 
 // TVSpecParser: reads the text of one object spec into a TVObjectSpec:
 // inherited specs, flags, variables, children and scripts. The language
-// is given as a grammar in doc/spec-language.md.
+// is given as a grammar in doc/schema-language.md.
 //
 // Statements are read in order and each changes the spec at once, so a
 // text that fails leaves the spec as far as it came. Every failure is a

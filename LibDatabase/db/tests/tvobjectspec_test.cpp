@@ -370,7 +370,7 @@ TEST_F(ObjectSpecTest, DatabaseWithoutSpecsIsLeftAsItWas)
 
 TEST_F(ObjectSpecTest, LanguageGuideExampleMakesItsDrill)
 {
-    // The worked example of doc/spec-language.md.
+    // The worked example of doc/schema-language.md.
     const std::string path = tvo("drills.tvo",
         "# Kinds of drill a parent can set, beside the program's own exercises.\n"
         "########################################################################\n"
