@@ -4,6 +4,7 @@
 #include "LibDatabase/db/tvdatabasehost.h"
 #include "LibDatabase/db/tvdbeditor.h"
 #include "LibDatabase/db/tvdbfilenames.h"
+#include "LibDatabase/db/tvdbimporter.h"
 #include "LibDatabase/db/tvdbloader.h"
 #include "LibDatabase/db/tvdbreader.h"
 #include "LibDatabase/db/tvdbsaver.h"
@@ -797,11 +798,14 @@ std::string TVDatabase::get_merge_details() const
     return TVDBSync(const_cast<TVDatabase&>(*this)).merge_details();
 }
 
-int TVDatabase::import_db(const std::string& file, const std::string*)
+int TVDatabase::import_db(const std::string& file, const std::string* text)
 {
-    return tvwarning(TVErrC_NotAvailable, TVLOCATION,
-                     "Merging %s into this file is not available in this version.",
-                     file.empty() ? "data" : file.c_str());
+    return TVDBImporter(*this).import_db(file, text, &d->m_importCount);
+}
+
+int TVDatabase::get_import_count() const
+{
+    return d->m_importCount;
 }
 
 int TVDatabase::validate_queries(std::string& script, int& line, std::string& message) const

@@ -507,8 +507,11 @@ public:
     // answer as for a database with nothing to check.
 
     // Takes the objects of another database file (or of text, when file is
-    // empty) into this one under new ids.
+    // empty) into this one under new ids, as one operation (TVDBImporter,
+    // tvdbimporter.h, says how the numbers and specs meet).
     [[nodiscard]] virtual int import_db(const std::string& file, const std::string* text);
+    // The objects the last successful import_db brought in.
+    int get_import_count() const;
     // TVErrC_ok when every object spec compiled at its last compile;
     // otherwise the first failure's message, as a warning for the user.
     [[nodiscard]] virtual int validate_specs() const;
@@ -568,6 +571,7 @@ private:
     friend class TVDBSaver;
     friend class TVDBSync;
     friend class TVDBSchema;
+    friend class TVDBImporter;
 
     // Destroys every object; the names and flags stay.
     void clear_objects();

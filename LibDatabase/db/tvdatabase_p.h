@@ -70,6 +70,8 @@ struct TVDatabase::TVDatabaseImpl {
     // Records (the database's and objects') the last write wrote.
     int m_recordsWritten = 0;
     TVDBChangeJournal m_journal;
+    // Objects the last import_db brought in.
+    int m_importCount = 0;
 
     // The links to shared copies, saved under "External".
     TVPtrArray<TVExternalDB> m_external{true};
