@@ -46,7 +46,8 @@ int TVDBImporter::import_db(const std::string& file, const std::string* text, in
         std::unique_ptr<TVDatabase> scratch(m_target.create_verification_db(appType));
         const std::string source = file.empty() ? "The imported data" : file;
         if (!file.empty()) {
-            TV_PASS_ON(scratch->read(file, false, false));
+            // With its partial file, as the program that wrote it would see it.
+            TV_PASS_ON(scratch->read(file, true, true));
         } else if (text != nullptr) {
             TV_PASS_ON(scratch->read_text(*text, false, false));
             if (!appType.empty() && scratch->get_app_type() != appType)

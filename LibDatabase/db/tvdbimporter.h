@@ -37,7 +37,8 @@ class TVDBImporter
 public:
     explicit TVDBImporter(TVDatabase& target) : m_target(target) {}
 
-    // file not empty: that file, read-only through the normal load (a file
+    // file not empty: that file, read-only through the normal load with its
+    // partial file (a file
     // that isn't a database, or is of another application type, gives the
     // load's message and changes nothing); otherwise *text. count, if
     // given, receives the number of objects that came in.
