@@ -5,7 +5,9 @@
 
 #include "TestSupport/tvdbfiletest.h"
 
+#include "LibComms/cloud/tvcloudinstance.h"
 #include "LibDatabase/db/tvdbchecker.h"
+#include "LibDatabase/db/tvexternaldb.h"
 #include "LibDatabase/db/tvdbclipboard.h"
 #include "LibDatabase/db/tvdbnote.h"
 #include "LibDatabase/db/tvobjectspec.h"
@@ -105,6 +107,14 @@ TEST_F(CheckerTest, ACleanDatabaseIsCheckedAgainOnlyAfterAChange)
     EXPECT_EQ(check(false), (Items{{"Unfilled variables", emma->get_id()}}));
     // Unchanged but not clean: looked at again at each period.
     EXPECT_EQ(check(false).size(), 1u);
+
+    // A link that met data of a newer release pauses, and the database says so.
+    TVExternalDB* link = nullptr;
+    ASSERT_EQ(m_db->add_external(TVCloudInstance::E_LocalShare, "maths", 2, link), TVErrC_ok);
+    link->set_dbwarning(true);
+    EXPECT_EQ(check(false).count(TVDBChecker::C_NewerVersionMessage), 1u);
+    link->set_dbwarning(false);
+    EXPECT_EQ(check(false).count(TVDBChecker::C_NewerVersionMessage), 0u);
 }
 
 TEST_F(CheckerTest, TheFirstActiveNoteANewObjectTakesIsUsedOnceOrKept)

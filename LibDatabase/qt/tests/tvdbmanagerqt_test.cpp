@@ -17,6 +17,7 @@
 #include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/db/tvobjectspec.h"
 #include "LibDatabase/qt/tests/tvdbqttest.h"
+#include "LibDatabase/qt/tvdbclipboardqt.h"
 #include "LibDatabase/qt/tvdbimportqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibCore/param/tvparam.h"
@@ -28,6 +29,8 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QApplication>
+#include <QClipboard>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
@@ -194,6 +197,20 @@ TEST_F(ManagerTest, HeartbeatListsCheckItemsAndNotesUntilTheyAreDealtWith)
     m_clock.advance(60);
     EXPECT_EQ(tick(), 1);
     EXPECT_TRUE(listed().empty());
+}
+
+TEST_F(ManagerTest, ClipboardOffersAPasteOnlyWhileTheSystemClipboardHoldsOurIds)
+{
+    start(0);
+    TVDBClipboardQt& clipboard = m_window->get_clipboard();
+    EXPECT_FALSE(clipboard.clipboard_has_object());
+    TVIdList ids;
+    ids.add(node_id(*m_db, "Tables"), -1, -1);
+    clipboard.copy(ids);
+    EXPECT_TRUE(clipboard.clipboard_has_object());
+    // Another program took the clipboard since.
+    QApplication::clipboard()->setText("shopping list");
+    EXPECT_FALSE(clipboard.clipboard_has_object());
 }
 
 TEST_F(ManagerTest, UpdateIsHeldWhileEditingOrPausedByTheUserUntilOverdueAndNeverReentered)
