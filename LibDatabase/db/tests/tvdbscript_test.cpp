@@ -272,6 +272,9 @@ TEST_F(ScriptTest, ExpressionCacheEvaluatesAgainOnlyWhenTheTextChanges)
     EXPECT_EQ(cache.evaluate("(new Date()).getTime()", 1), cache.evaluate("(new Date()).getTime()", 1));
     EXPECT_EQ(cache.evaluate("6 * 8", 0), "48");
     EXPECT_EQ(cache.evaluate("nothing.here", 2), "ReferenceError: Can't find variable: nothing");
+    // Expressions share an engine but not their declarations.
+    EXPECT_EQ(cache.evaluate("var kept = 5; kept", 4), "5");
+    EXPECT_EQ(cache.evaluate("typeof kept", 5), "undefined");
     TVDBScriptEngineQt::set_time_limit_ms(100);
     EXPECT_NE(cache.evaluate("while (true) {}", 3).find("was stopped at line 1"), std::string::npos);
 }
