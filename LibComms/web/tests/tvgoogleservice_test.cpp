@@ -159,6 +159,27 @@ TEST_F(GoogleServiceTest, ATokenThatRanOutWhileTheProgramWasClosedIsRefreshedWit
     ASSERT_TRUE(settle([this] { return tv_file_exists(m_mirror + "/study@maths"); }));
 }
 
+TEST_F(GoogleServiceTest, ARefreshWithoutANetworkKeepsItsTokenButARefusedOneGoesToTheBrowser)
+{
+    sign_in();
+    restart();
+    m_clock.advance(2 * 3600);
+    m_drive.set_offline(true);
+    (void)m_service->start();
+    ASSERT_TRUE(settle([this] { return !m_service->signing_in(); }));
+    m_drive.set_offline(false);
+    sign_in();
+    EXPECT_EQ(m_drive.browser_opens(), 1);
+
+    restart();
+    m_clock.advance(2 * 3600);
+    m_drive.revoke_consent();
+    sign_in();
+    EXPECT_EQ(m_drive.browser_opens(), 2);
+    EXPECT_EQ(m_drive.grants().join(' ').toStdString(),
+              "authorization_code refresh_token refresh_token authorization_code");
+}
+
 TEST_F(GoogleServiceTest, ARefusedListSignsInAgainAndTheNextPollGoesThrough)
 {
     sign_in();
