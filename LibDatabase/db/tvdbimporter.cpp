@@ -222,7 +222,10 @@ int TVDBImporter::take_specs(TVDatabase& scratch, std::map<int, int>& spec_map)
             TVObjectSpec* ours = m_target.get_objectspec_by_name(spec->get_name());
             if (ours != nullptr && spec->get_name() == topLevel) {
                 if (ours->get_text() != spec->get_text()) {
-                    ours->set_text(ours->get_text() + spec->get_text());
+                    std::string text = ours->get_text();
+                    if (!text.empty() && text.back() != '\n')
+                        text += "\n";
+                    ours->set_text(text + spec->get_text());
                     joined = ours;
                 }
             } else if (ours == nullptr || ours->get_text() != spec->get_text()) {
