@@ -24,6 +24,11 @@
 // the target is as it was; the files on disk are never touched before the
 // operation completes. Tombstones of the other file are not taken.
 //
+// Cost: each renumbering asks every incoming object to follow each id
+// (TVDBObject::remap_id is the only way to reach the references a class
+// keeps), so it grows with the square of the objects imported: 3,000
+// objects take about 5 s in the debug build with sanitizers.
+//
 // A view of one database, made per call; the database must outlive it.
 // Main thread only.
 
