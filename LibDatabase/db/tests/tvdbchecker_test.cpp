@@ -202,4 +202,29 @@ TEST_F(ClipboardTest, CutMovesAndCopyClonesAcrossUndoAndRedo)
     EXPECT_NE(take_messages().find("Missing spec or member tag."), std::string::npos);
 }
 
+TEST_F(ClipboardTest, TheChildrenATargetsSpecOffersAreThePlacesToPaste)
+{
+    ASSERT_EQ(m_db->add_objectspec(new TVObjectSpec("Shelf", "$[Volume] = ${Book}[];"), ""), TVErrC_ok);
+    ASSERT_EQ(m_db->parse_objectspecs(true), TVErrC_ok) << take_messages();
+    auto* shelf = new TVDBTestNode("shelf");
+    ASSERT_EQ(m_db->add_object(shelf, nullptr, "", "", m_db->get_objectspec_id_for_name("Shelf"), "Shelf"),
+              TVErrC_ok);
+    const auto offered = TVDBClipboard::get_possible_children(*m_db, *shelf);
+    ASSERT_EQ(offered.size(), 1u);
+    EXPECT_EQ(offered[0].m_tag + " " + offered[0].m_specName, "Volume Book");
+
+    TVDBClipboard clipboard(*m_db);
+    TVIdList ids;
+    ids.add(book("dune", "Dune")->get_id(), -1, -1);
+    EXPECT_TRUE(clipboard.get_matching_children(*shelf).empty()) << "nothing on the clipboard";
+    TVPtrArray<TVDBObject> added;
+    EXPECT_TRUE(istvwarn(clipboard.do_paste_as(*shelf, added, "Volume", "Book")));
+    EXPECT_NE(take_messages().find("No object on the clipboard."), std::string::npos);
+    clipboard.copy(ids);
+    EXPECT_EQ(clipboard.get_matching_children(*shelf), std::vector<std::string>{"Volume"});
+    ids.add(shelf->get_id(), -1, -1);
+    clipboard.copy(ids);
+    EXPECT_TRUE(clipboard.get_matching_children(*shelf).empty()) << "a shelf is no book";
+}
+
 } // namespace
