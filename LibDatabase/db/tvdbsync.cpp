@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <set>
 #include <tuple>
 #include <unordered_map>
 #include <utility>
@@ -285,6 +286,14 @@ int TVDBSync::pull(TVExternalDB& link, bool can_replace, std::string& details)
                 " so merging.");
             replace = false;
         }
+        // A file cut between two objects reads as a whole one; the objects
+        // it lacks would go with a replace. Deleted objects stay in a file
+        // as tombstones, so a live one of ours that theirs lacks altogether
+        // means we merge (at worst an object deleted long ago comes back).
+        if (replace && !holds_all_of_ours(*other)) {
+            log("Their data lacks objects of ours, so merging.");
+            replace = false;
+        }
         if (replace) {
             log("Replacing...");
             details += "Loaded new data file written at " + them.m_writeTime.to_string("%C") + ".\n";
@@ -311,6 +320,33 @@ int TVDBSync::pull(TVExternalDB& link, bool can_replace, std::string& details)
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
+}
+
+namespace {
+
+// Which object an object is, on every device: its create id and create
+// time. Its id is only where it sits in one copy. The moment alone, not
+// its printed form: printing every create time was most of a merge's cost.
+using Identity = std::tuple<int, int, int, int, int>;
+
+Identity identity(const TVDBObject& object)
+{
+    const TVDate& made = object.get_create_time();
+    return Identity(object.get_create_id(), made.get_year(), made.get_day_of_year(),
+                    made.get_second_of_day(), made.get_microsecond());
+}
+
+} // namespace
+
+bool TVDBSync::holds_all_of_ours(const TVDatabase& other) const
+{
+    std::set<Identity> theirs;
+    for (const TVDBObject* object : other.d->m_objects)
+        theirs.insert(identity(*object));
+    for (const TVDBObject* object : d->m_objects)
+        if (!object->is_deleted() && theirs.count(identity(*object)) == 0)
+            return false;
+    return true;
 }
 
 bool TVDBSync::holds_unwritten(const TVExternalDB& link) const
@@ -353,16 +389,6 @@ int TVDBSync::merge(TVDatabase& other, std::string& details)
         int added = 0;
         int updated = 0;
         int collisions = 0;
-        // Which object an object is, on every device: its create id and
-        // create time. Its id is only where it sits in one copy.
-        // The moment alone, not its printed form: printing every create
-        // time was most of a merge's cost.
-        using Identity = std::tuple<int, int, int, int, int>;
-        const auto identity = [](const TVDBObject& object) {
-            const TVDate& made = object.get_create_time();
-            return Identity(object.get_create_id(), made.get_year(), made.get_day_of_year(),
-                            made.get_second_of_day(), made.get_microsecond());
-        };
         const size_t count = static_cast<size_t>(them.m_objects.size());
         // What was taken is ours, however the merge ends: it leaves the
         // scratch database's array, which frees only the rest.

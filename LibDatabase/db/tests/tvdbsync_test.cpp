@@ -179,6 +179,25 @@ TEST_F(SyncTest, FirstPullReplacesUnlessSomethingOfOursIsNotInTheirs)
     EXPECT_FALSE(tv_file_exists(m_share + "/kitchen@maths.bk0"));
 }
 
+TEST_F(SyncTest, APeerFileCutBetweenObjectsIsMergedNeverTakenWhole)
+{
+    Device& kitchen = device("kitchen");
+    Device& study = device("study");
+    be(kitchen);
+    ASSERT_EQ(add(*kitchen.db, "tables"), TVErrC_ok);
+    ASSERT_EQ(add(*kitchen.db, "bonds"), TVErrC_ok);
+    push(kitchen);
+    EXPECT_EQ(pull(study), 2);
+    rename(study, "tables", "tables 7");
+    push(study);
+    // A copier shows half the file, cut where the last object starts: it
+    // reads, and it says it holds the kitchen's latest write.
+    const std::string whole = slurp(m_share + "/study@maths");
+    spill(m_share + "/study@maths", whole.substr(0, whole.rfind("@O:\n{TVDBTestNode")));
+    pull(kitchen);
+    EXPECT_EQ(names(*kitchen.db), (std::set<std::string>{"tables 7", "bonds"}));
+}
+
 TEST_F(SyncTest, SameObjectChangedOnTwoDevicesTakesTheLaterChangeOnBoth)
 {
     Device& kitchen = device("kitchen");
