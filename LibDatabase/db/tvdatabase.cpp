@@ -6,6 +6,7 @@
 #include "LibDatabase/db/tvdbfilenames.h"
 #include "LibDatabase/db/tvdbimporter.h"
 #include "LibDatabase/db/tvdbnote.h"
+#include "LibDatabase/db/tvvariable.h"
 #include "LibDatabase/db/tvdbloader.h"
 #include "LibDatabase/db/tvdbreader.h"
 #include "LibDatabase/db/tvdbsaver.h"
@@ -783,14 +784,23 @@ void TVDatabase::set_noteurl(const std::string& url)
     mark_changed(TVLOCATION, true);
 }
 
-// ---- Not in this build ---------------------------------------------------------------
-//
-// Answers TVErrC_NotAvailable, a plain outcome that callers pass on as they
-// would ok, but that says nothing was done.
-
-int TVDatabase::append_values(TVDBObject&, const TVDBObject&)
+// The surviving object keeps what it has: only the values it lacks (no
+// variable, or an empty one) come from the other.
+int TVDatabase::append_values(TVDBObject& from, const TVDBObject& to)
 {
-    return TVErrC_NotAvailable;
+    try {
+        for (int i = 0; i < to.get_nvariables(); ++i) {
+            const TVVariable* theirs = to.get_var_by_index(i, false);
+            if (theirs->get_value().empty())
+                continue;
+            const TVVariable* ours = from.get_var_by_tag(theirs->get_tag(), false);
+            if (ours == nullptr || ours->get_value().empty())
+                TV_PASS_ON(from.set_var_value(theirs->get_tag(), theirs->get_value(), false));
+        }
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
 }
 
 // ---- Sync: TVDBSync -------------------------------------------------------------------

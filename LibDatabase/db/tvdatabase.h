@@ -308,7 +308,8 @@ public:
     [[nodiscard]] int validate_specfile(const std::string& path) const;
     [[nodiscard]] int do_import(const std::string& file);
 
-    // Adds to's variable values to from's (merge_objects).
+    // Gives from the values of to's variables that from lacks or holds
+    // empty; from's own values stay (merge_objects).
     [[nodiscard]] virtual int append_values(TVDBObject& from, const TVDBObject& to);
 
     static const char* const C_CreateTrigger; // "create"

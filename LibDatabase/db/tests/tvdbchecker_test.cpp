@@ -11,6 +11,7 @@
 #include "LibDatabase/db/tvdbclipboard.h"
 #include "LibDatabase/db/tvdbnote.h"
 #include "LibDatabase/db/tvobjectspec.h"
+#include "LibDatabase/db/tvvariable.h"
 
 #include <map>
 
@@ -151,6 +152,18 @@ TEST_F(CheckerTest, TheFirstActiveNoteANewObjectTakesIsUsedOnceOrKept)
     EXPECT_FALSE(m_db->is_active_note(keptId));
     EXPECT_TRUE(istvwarn(m_db->set_active_note(keptId + 1000, 0, 0))) << "no such note";
     get_tverror()->clear_all();
+}
+
+TEST_F(CheckerTest, MergedBooksKeepTheSurvivorsValuesAndTakeTheOnesItLacks)
+{
+    TVDBTestNode* dune = book("dune", "Dune");
+    TVDBTestNode* copy = book("copy", "Dune, 2nd ed.");
+    ASSERT_EQ(copy->set_var_value("Note", "signed", false), TVErrC_ok);
+    const int duneId = dune->get_id();
+    ASSERT_EQ(m_db->merge_objects(duneId, copy->get_id()), TVErrC_ok) << take_messages();
+    const TVDBObject* merged = m_db->get_object_by_id(duneId);
+    EXPECT_EQ(merged->get_var_by_tag("Title", false)->get_value(), "Dune");
+    EXPECT_EQ(merged->get_var_by_tag("Note", false)->get_value(), "signed");
 }
 
 // The same database of books serves the clipboard.
