@@ -15,6 +15,8 @@ const char* const TVQueryField::C_RangeTypeTag = "RangeType";
 const char* const TVQueryField::C_RangeDate = "Date";
 const char* const TVQueryField::C_RangeNumber = "Number";
 const char* const TVQueryField::C_ShowTag = "Show";
+const char* const TVQueryField::C_BoundaryFormat = "%Y-%m-%d %H:%M:%S";
+const char* const TVQueryField::C_TitleFormat = "%Y-%m-%d";
 
 namespace {
 constexpr const char* C_ClassName = "TVQueryField";
@@ -131,7 +133,9 @@ void TVQueryField::expand_dates(std::vector<TVDateSlot>& slots) const
         // The boundary is read back from text so that "1 month" means a
         // calendar month from wherever the step begins.
         const TVDate next = TVDateUtils::read_date(
-            current.to_string(m_format) + " +" + m_expDivision, nullptr, nullptr);
+            current.to_string(m_format.empty() ? C_BoundaryFormat : m_format) + " +" +
+                m_expDivision,
+            nullptr, nullptr);
         if (!is_real(next) || !(next > current))
             break;
         const TVDate last = next - TVDuration(1);
@@ -152,7 +156,7 @@ std::vector<TVQueryField> TVQueryField::expand() const
             TVQueryField part(*this);
             part.m_fieldType = C_TypePart;
             part.m_dateRange = slot;
-            part.m_title = slot.get_start().to_string(m_format);
+            part.m_title = slot.get_start().to_string(m_format.empty() ? C_TitleFormat : m_format);
             parts.push_back(part);
         }
         return parts;

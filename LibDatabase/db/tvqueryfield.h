@@ -35,6 +35,11 @@ public:
     static const char* const C_RangeDate;    // "Date"
     static const char* const C_RangeNumber;  // "Number"
     static const char* const C_ShowTag;      // "Show"
+    // Without a Format: the text a date step is read back from (a date
+    // without its time would take the present time of day) and the
+    // title of a date column.
+    static const char* const C_BoundaryFormat; // "%Y-%m-%d %H:%M:%S"
+    static const char* const C_TitleFormat;    // "%Y-%m-%d"
 
     TVQueryField();
     TVQueryField(const std::string& title, const std::string& objects, const std::string& field,
