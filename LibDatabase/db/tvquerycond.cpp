@@ -314,6 +314,7 @@ int TVQueryCondRegex::serialise(std::istream* in, std::ostream* out, const std::
 {
     try {
         TV_PASS_ON(serialise_string(in, out, prefix, "text", m_text, true));
+        m_compileTried = false;
         return TVQueryCond::serialise(in, out, "TVQueryCond", version);
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
@@ -322,7 +323,15 @@ int TVQueryCondRegex::serialise(std::istream* in, std::ostream* out, const std::
 
 bool TVQueryCondRegex::evaluate(const std::string& value, const TVDatabase&) const
 {
-    return match_regex(m_text, value);
+    if (!m_compileTried) {
+        m_compileTried = true;
+        try {
+            m_compiled = std::make_shared<const std::regex>(m_text);
+        } catch (const std::regex_error&) {
+            m_compiled.reset();
+        }
+    }
+    return m_compiled != nullptr && std::regex_search(value, *m_compiled);
 }
 
 bool TVQueryCondRegex::match_regex(const std::string& regex, const std::string& value)

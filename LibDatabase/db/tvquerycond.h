@@ -21,6 +21,8 @@
 
 #include <iosfwd>
 #include <map>
+#include <memory>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -156,6 +158,10 @@ public:
 
 private:
     std::string m_text;
+    // Compiled at the first test: a run tests every object of a kind, and
+    // compiling is far dearer than matching. Null when it doesn't compile.
+    mutable std::shared_ptr<const std::regex> m_compiled;
+    mutable bool m_compileTried = false;
 };
 
 // The object's spec is this one or derives from it; with the qualifier
