@@ -121,13 +121,20 @@ int TVDBScript::run(TVDBObject& object, bool interactive)
         const int result = run_engine(object, interactive, nullptr);
         if (!ownStep)
             return result;
-        if (result == TVErrC_ScriptStopped) {
+        if (TVErrDetails::compute_code(result) == TVErrC_ScriptStopped) {
+            // The rebuild deletes every object, and with them this script
+            // when an object or spec owns it: after it, only locals are safe.
             const std::string error = m_errorText;
+            const std::string name = m_name;
             const int line = m_errorLine;
+            const int id = object.get_id();
+            const bool ownedByDatabase = object.get_script(m_name) == this;
             TV_PASS_ON(db->discard_operation());
-            // The rebuild made the database's scripts afresh; this one may
-            // no longer be among them, but the caller still holds it.
-            set_error(line, error);
+            TVDBObject* fresh = db->get_object_by_id(id);
+            if (TVDBScript* again = fresh != nullptr ? fresh->get_script(name) : nullptr)
+                again->set_error(line, error);
+            if (!ownedByDatabase)
+                set_error(line, error);
             return result;
         }
         TV_PASS_ON(db->complete_operation(operation));

@@ -44,7 +44,8 @@ public:
     // the script, and gives TVErrC_okCancel. One stopped by the time limit
     // gives TVErrC_ScriptStopped, and its changes are dropped: the database
     // is rebuilt from its files as after undo, so objects held from before
-    // the run are stale. Without a loaded, writable database the changes
+    // the run are stale, this script too when an object owns it (the
+    // fresh copy carries the error; look it up by id). Without a loaded, writable database the changes
     // stay in memory as they are.
     [[nodiscard]] int run(TVDBObject& object, bool interactive);
     // A run within another operation (a trigger, a script calling a

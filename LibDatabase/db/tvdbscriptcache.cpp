@@ -3,7 +3,35 @@
 #include "LibDatabase/db/tvdbscriptengineqt.h"
 
 #include <QCoreApplication>
+#include <QPointer>
 #include <QScriptEngine>
+#include <QThread>
+
+#include <memory>
+
+namespace {
+
+// One engine per thread for every expression: making one costs far more
+// than evaluating a short expression, and a file with expressions in its
+// specs evaluates thousands as it loads.
+QScriptEngine& expression_engine()
+{
+    thread_local QPointer<QScriptEngine> engine;
+    thread_local std::unique_ptr<QScriptEngine> owned;
+    if (engine.isNull()) {
+        QCoreApplication* application = QCoreApplication::instance();
+        if (QThread::currentThread() == application->thread()) {
+            // Goes with the application object, before Qt's teardown.
+            engine = new QScriptEngine(application);
+        } else {
+            owned = std::make_unique<QScriptEngine>();
+            engine = owned.get();
+        }
+    }
+    return *engine;
+}
+
+} // namespace
 
 void TVDBScriptCache::set_defaults(bool)
 {
@@ -21,9 +49,12 @@ std::string TVDBScriptCache::evaluate(const std::string& expression, int index)
         return entry.m_result;
     if (QCoreApplication::instance() == nullptr)
         return "Expressions can't be evaluated without an application object.";
-    QScriptEngine engine;
+    QScriptEngine& engine = expression_engine();
+    // A context of its own: what one expression declares, the next can't see.
+    engine.pushContext();
     const TVDBScriptEngineQt::Outcome outcome =
         TVDBScriptEngineQt::guarded_evaluate(engine, expression, "expression");
+    engine.popContext();
     entry.m_expression = expression;
     entry.m_result = outcome.errorLine >= 0 ? outcome.errorText : outcome.value;
     entry.m_set = true;

@@ -5,7 +5,9 @@
 // variable's text, by their place in the text. An expression is evaluated
 // again only when its text at that place has changed, so a value that
 // depends on the clock keeps its first result until its inputs change.
-// A plain value: copying a variable copies its cache.
+// A plain value: copying a variable copies its cache. Every cache of a
+// thread evaluates in one shared engine, each expression in a context of
+// its own.
 
 #include <string>
 #include <vector>

@@ -5,11 +5,14 @@
 #include "LibDatabase/db/tvdbobject.h"
 #include "LibDatabase/db/tvdbscript.h"
 #include "LibDatabase/db/tvdbscripthost.h"
+#include "LibDatabase/db/tvobjectspec.h"
+#include "LibDatabase/db/tvvariable.h"
 #include "LibDate/core/tvdateutils.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEvent>
+#include <QRegularExpression>
 #include <QScriptContext>
 #include <QScriptEngineAgent>
 #include <QThread>
@@ -384,23 +387,191 @@ QScriptValue fn_open_url(QScriptContext* context, QScriptEngine* engine)
     return QScriptValue(TVDBScriptHost::instance().open_url(arg(context, 0)));
 }
 
-// The functions on variables and specs, until objects carry them: a
-// script that calls one learns that it isn't there.
-QScriptValue fn_not_available(QScriptContext* context, QScriptEngine* engine)
+// ---- Variables and specs -----------------------------------------------------
+
+// A native call may run expressions (TVSet works variables out): if the
+// run was stopped inside one, the script around it stops too.
+QScriptValue stop_if_stopped(QScriptContext* context, QScriptEngine* engine, QScriptValue value)
 {
-    if (our_engine(engine) == nullptr)
-        return first_argument(context);
-    return context->throwError(context->callee().property(QStringLiteral("tvName")).toString() +
-                               QStringLiteral(" is not available in this version."));
+    if (TVDBScriptEngineQt::run_stopped()) {
+        engine->abortEvaluation(context->throwError(QStringLiteral("stopped")));
+        return QScriptValue();
+    }
+    return value;
 }
 
-void register_variable_functions(QScriptEngine& engine)
+bool failed(int result)
 {
-    for (const char* name : {"TVGet", "TVSet", "TVSetSpec", "TVSearchDB", "TVPromptDB"}) {
-        QScriptValue function = engine.newFunction(fn_not_available);
-        function.setProperty(QStringLiteral("tvName"), QString::fromLatin1(name));
-        engine.globalObject().setProperty(QString::fromLatin1(name), function);
+    return istverr(result) || istvwarn(result);
+}
+
+// The user's text of the newest error, for the script's exception.
+std::string newest_message()
+{
+    const TVErrDetails* details = get_tverror()->error_details();
+    return details != nullptr ? details->get_details(TVAspectUser) : std::string();
+}
+
+QScriptValue unknown_variable(QScriptContext* context, const std::string& tag)
+{
+    return context->throwError(QString::fromStdString("Unknown variable " + tag));
+}
+
+// The live objects of the database that follow spec (or, for "*", any),
+// object specs excepted; derived specs count as their base.
+std::vector<TVDBObject*> objects_of_spec(const TVDatabase& db, const std::string& spec,
+                                         std::string& message)
+{
+    std::vector<TVDBObject*> found;
+    int specId = -1;
+    if (spec != "*") {
+        specId = db.get_objectspec_id_for_name(spec);
+        if (specId < 0) {
+            message = "Could not find the spec " + spec + ".";
+            return found;
+        }
     }
+    for (int i = 0; i < db.get_nobjects(); ++i) {
+        TVDBObject* object = db.get_object_by_index(i);
+        if (object == nullptr || object->is_deleted() || is_spec_object(*object) ||
+            !object->uses_spec())
+            continue;
+        if (specId >= 0 && !db.is_spec_derived_from(specId, object->get_spec_id()))
+            continue;
+        found.push_back(object);
+    }
+    return found;
+}
+
+QScriptValue fn_get(QScriptContext* context, QScriptEngine* engine)
+{
+    TVDBScriptEngineQt* ours = our_engine(engine);
+    if (ours == nullptr || ours->get_object() == nullptr)
+        return first_argument(context);
+    const std::string tag = arg(context, 0);
+    const TVVariable* var = ours->get_object()->get_var_by_tag(tag, false);
+    if (var == nullptr)
+        return unknown_variable(context, tag);
+    return text(var->get_value());
+}
+
+QScriptValue fn_set(QScriptContext* context, QScriptEngine* engine)
+{
+    TVDBScriptEngineQt* ours = our_engine(engine);
+    if (ours == nullptr || ours->get_object() == nullptr)
+        return first_argument(context);
+    TVDBObject& object = *ours->get_object();
+    const std::string tag = arg(context, 0);
+    // set_var_value would make a variable; a script may only change one.
+    if (object.get_var_by_tag(tag, false) == nullptr)
+        return unknown_variable(context, tag);
+    if (failed(object.set_var_value(tag, arg(context, 1), false)) ||
+        failed(object.update_vars()))
+        return stop_if_stopped(context, engine,
+                               context->throwError(QString::fromStdString(
+                                   "Could not set " + tag + ": " + newest_message())));
+    return stop_if_stopped(context, engine, QScriptValue(true));
+}
+
+QScriptValue fn_set_spec(QScriptContext* context, QScriptEngine* engine)
+{
+    TVDBScriptEngineQt* ours = our_engine(engine);
+    if (ours == nullptr || ours->get_object() == nullptr)
+        return first_argument(context);
+    TVDBObject& object = *ours->get_object();
+    TVDatabase* db = object.get_database();
+    if (db == nullptr)
+        return context->throwError(QStringLiteral("Could not locate the overall database."));
+    if (!object.uses_spec() || db->get_objectspec_by_id(object.get_spec_id()) == nullptr)
+        return context->throwError(QStringLiteral("Object does not have an object spec"));
+    const std::string name = arg(context, 0);
+    const int base = db->get_child_base_spec(object);
+    // Where the parent's spec says nothing, any spec offered for new objects will do.
+    const std::vector<TVObjectSpec*> allowed =
+        base >= 0 ? db->get_allowable_specs(base, false) : db->get_specs(false);
+    const auto spec = std::find_if(allowed.begin(), allowed.end(), [&name](const TVObjectSpec* s) {
+        return s->get_name() == name;
+    });
+    if (spec == allowed.end() ||
+        failed(db->apply_objectspec_to_db(&object, (*spec)->get_id(), false)) ||
+        failed(object.update_vars()))
+        return stop_if_stopped(
+            context, engine,
+            context->throwError(QString::fromStdString("Cannot set the spec to " + name + ".")));
+    return stop_if_stopped(context, engine, QScriptValue(true));
+}
+
+QScriptValue fn_search_db(QScriptContext* context, QScriptEngine* engine)
+{
+    TVDBScriptEngineQt* ours = our_engine(engine);
+    if (ours == nullptr || ours->get_object() == nullptr)
+        return first_argument(context);
+    const TVDatabase* db = ours->get_object()->get_database();
+    if (db == nullptr)
+        return context->throwError(QStringLiteral("Could not locate the overall database."));
+    const std::string tag = context->argumentCount() > 1 ? arg(context, 1) : std::string();
+    const QRegularExpression pattern(context->argument(2).toString(),
+                                     QRegularExpression::CaseInsensitiveOption);
+    if (!pattern.isValid())
+        return context->throwError(QStringLiteral("Invalid regular expression ") +
+                                   context->argument(2).toString() + QStringLiteral(": ") +
+                                   pattern.errorString());
+    std::string message;
+    const std::vector<TVDBObject*> candidates = objects_of_spec(*db, arg(context, 0), message);
+    if (!message.empty())
+        return context->throwError(QString::fromStdString(message));
+    // With a tag, the values of that variable; without one, the ids.
+    const bool wantIds = tag.empty() || tag == "undefined";
+    QScriptValue answer = engine->newArray();
+    quint32 count = 0;
+    for (TVDBObject* object : candidates) {
+        bool matches = false;
+        for (int i = 0; i < object->get_nvariables() && !matches; ++i) {
+            const TVVariable* var = object->get_var_by_index(i, false);
+            matches = var != nullptr &&
+                      pattern.match(QString::fromStdString(var->get_value())).hasMatch();
+        }
+        if (!matches)
+            continue;
+        if (wantIds) {
+            answer.setProperty(count++, QScriptValue(object->get_id()));
+        } else {
+            const TVVariable* var = object->get_var_by_tag(tag, false);
+            if (var != nullptr)
+                answer.setProperty(count++, text(var->get_value()));
+        }
+    }
+    return answer;
+}
+
+QScriptValue fn_prompt_db(QScriptContext* context, QScriptEngine* engine)
+{
+    TVDBScriptEngineQt* ours = our_engine(engine);
+    if (ours == nullptr || ours->get_object() == nullptr)
+        return first_argument(context);
+    const TVDatabase* db = ours->get_object()->get_database();
+    if (db == nullptr)
+        return context->throwError(QStringLiteral("Could not locate the overall database."));
+    const std::string tag = arg(context, 1);
+    const std::string initial = context->argumentCount() > 3 ? arg(context, 3) : std::string();
+    std::string message;
+    const std::vector<TVDBObject*> candidates = objects_of_spec(*db, arg(context, 0), message);
+    if (!message.empty())
+        return context->throwError(QString::fromStdString(message));
+    // Each value once, the default first so that the dialog offers it.
+    std::vector<std::string> values;
+    if (!initial.empty())
+        values.push_back(initial);
+    for (const TVDBObject* object : candidates) {
+        const TVVariable* var = object->get_var_by_tag(tag, false);
+        if (var != nullptr && std::find(values.begin(), values.end(), var->get_value()) == values.end())
+            values.push_back(var->get_value());
+    }
+    if (!ours->is_interactive())
+        return text(initial);
+    TVDBScriptEngineQt::PromptScope waiting;
+    return text(TVDBScriptHost::instance().prompt_choice(arg(context, 2), arg(context, 2), values,
+                                                         context->argument(4).toBool()));
 }
 
 } // namespace
@@ -427,12 +598,13 @@ void TVDBScriptEngineQt::register_functions()
         {"TVCallID", fn_call_id},         {"TVDateCompare", fn_date_compare},
         {"TVDateEval", fn_date_eval},     {"TVPromptText", fn_prompt_text},
         {"TVPromptChoice", fn_prompt_choice}, {"TVGuiCall", fn_gui_call},
-        {"TVOpenUrl", fn_open_url},
+        {"TVOpenUrl", fn_open_url},       {"TVGet", fn_get},
+        {"TVSet", fn_set},                {"TVSetSpec", fn_set_spec},
+        {"TVSearchDB", fn_search_db},     {"TVPromptDB", fn_prompt_db},
     };
     QScriptValue global = globalObject();
     for (const auto& entry : functions)
         global.setProperty(QString::fromLatin1(entry.name), newFunction(entry.function));
-    register_variable_functions(*this);
 }
 
 TVDBScriptEngineQt::Outcome TVDBScriptEngineQt::run(const std::string& script,

@@ -25,7 +25,7 @@ TVVariable::TVVariable(const std::string& tag, const std::string& value, bool in
 
 TVVariable::TVVariable(const TVVariable& other)
     : TVVarSpec(other), m_value(other.m_value), m_isCached(other.m_isCached),
-      m_isInitialised(other.m_isInitialised)
+      m_isInitialised(other.m_isInitialised), m_scriptCache(other.m_scriptCache)
 {
     register_tvobject();
 }
@@ -37,6 +37,7 @@ TVVariable& TVVariable::operator=(const TVVariable& other)
         m_value = other.m_value;
         m_isCached = other.m_isCached;
         m_isInitialised = other.m_isInitialised;
+        m_scriptCache = other.m_scriptCache;
     }
     return *this;
 }
@@ -47,6 +48,7 @@ void TVVariable::set_defaults(bool constructing)
     m_value.clear();
     m_isCached = false;
     m_isInitialised = false;
+    m_scriptCache.set_defaults(constructing);
 }
 
 int TVVariable::create_tvobject(TVObject*& out, const TVObject* source)

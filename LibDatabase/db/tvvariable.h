@@ -12,6 +12,7 @@
 // On an object's own record a variable travels as one "V" line instead
 // (TVDBObject::var_to_string).
 
+#include "LibDatabase/db/tvdbscriptcache.h"
 #include "LibDatabase/db/tvvarspec.h"
 
 #include <iosfwd>
@@ -47,11 +48,14 @@ public:
     // Unless this is an initialised variable that is not derived: the spec
     // text becomes the value, cached but not yet final.
     void clone_spec();
+    // The results of this variable's "$=(...)" expressions, by place.
+    TVDBScriptCache& script_cache() { return m_scriptCache; }
 
 private:
     std::string m_value;
     bool m_isCached = false;
     bool m_isInitialised = false;
+    TVDBScriptCache m_scriptCache;
 };
 
 #endif // TVVARIABLE_H

@@ -7,21 +7,6 @@
 #include "LibDate/date/tvdateexp.h"
 #include "LibDate/date/tvdateparser.h"
 
-namespace {
-
-struct Options
-{
-    std::string m_base;
-    bool m_hasBase = false;
-    int m_style = -1;
-    std::string m_format = TVDBDateCommand::C_DefaultFormat;
-    bool m_terms = false;
-    bool m_help = false;
-    std::vector<std::string> m_words;
-};
-
-} // namespace
-
 void TVDBDateCommand::usage(std::ostream& out) const
 {
     out << "Usage: tvdb date [options] EXPRESSION\n"
@@ -47,56 +32,16 @@ void TVDBDateCommand::usage(std::ostream& out) const
 int TVDBDateCommand::run(const std::vector<std::string>& args, std::ostream& out,
                          std::ostream& err)
 {
-    Options options;
-    bool optionsEnded = false;
-    for (size_t i = 0; i < args.size(); ++i) {
-        const std::string& arg = args[i];
-        if (optionsEnded || !TVDBDateSettings::is_option(arg)) {
-            options.m_words.push_back(arg);
-            continue;
-        }
-        if (arg == "--") {
-            optionsEnded = true;
-            continue;
-        }
-        if (arg == "-h" || arg == "--help") {
-            options.m_help = true;
-            continue;
-        }
-        if (arg == "--terms") {
-            options.m_terms = true;
-            continue;
-        }
-        // Options with a value: "--base X" or "--base=X".
-        std::string option = arg;
-        std::string value;
-        bool hasValue = false;
-        size_t equals = arg.find('=');
-        if (equals != std::string::npos) {
-            option = arg.substr(0, equals);
-            value = arg.substr(equals + 1);
-            hasValue = true;
-        }
-        if (option != "--base" && option != "--style" && option != "--format") {
-            err << "tvdb date: unknown option '" << option << "' (see tvdb date --help)\n";
-            return C_ExitUsage;
-        }
-        if (!hasValue) {
-            if (i + 1 >= args.size()) {
-                err << "tvdb date: option '" << option << "' needs a value\n";
-                return C_ExitUsage;
-            }
-            value = args[++i];
-        }
-        if (option == "--base") {
-            options.m_base = value;
-            options.m_hasBase = true;
-        } else if (option == "--format") {
-            options.m_format = value;
-        } else if (!TVDBDateSettings::read_style(value, options.m_style)) {
-            err << "tvdb date: option '--style' takes 0, 1 or 2, not '" << value << "'\n";
-            return C_ExitUsage;
-        }
+    TVDBDateSettings::Args options;
+    if (!TVDBDateSettings::read_args("date", args, {"--terms"}, {"--base", "--style", "--format"},
+                                     options, err))
+        return C_ExitUsage;
+    int style = -1;
+    if (options.m_values.count("--style") != 0 &&
+        !TVDBDateSettings::read_style(options.m_values["--style"], style)) {
+        err << "tvdb date: option '--style' takes 0, 1 or 2, not '" << options.m_values["--style"]
+            << "'\n";
+        return C_ExitUsage;
     }
     if (options.m_help) {
         usage(out);
@@ -108,11 +53,12 @@ int TVDBDateCommand::run(const std::vector<std::string>& args, std::ostream& out
     }
 
     tv_install_date_parser();
-    TVDBDateSettings::use_style(options.m_style);
+    TVDBDateSettings::use_style(style);
 
     TVDate base;
-    if (options.m_hasBase && !TVDBDateSettings::use_base(options.m_base, base)) {
-        err << "tvdb date: cannot read the base date '" << options.m_base << "'\n";
+    if (options.m_values.count("--base") != 0 &&
+        !TVDBDateSettings::use_base(options.m_values["--base"], base)) {
+        err << "tvdb date: cannot read the base date '" << options.m_values["--base"] << "'\n";
         return C_ExitUsage;
     }
 
@@ -120,7 +66,7 @@ int TVDBDateCommand::run(const std::vector<std::string>& args, std::ostream& out
     for (const std::string& word : options.m_words)
         text += (text.empty() ? "" : " ") + word;
     const TVDateExp exp = TVDateParser::parse_date(text);
-    if (options.m_terms) {
+    if (options.m_flags.count("--terms") != 0) {
         for (const TVDateExpTerm& term : exp.get_terms())
             out << term << "\n";
         out << "text: " << exp.to_string() << "\n";
@@ -136,6 +82,8 @@ int TVDBDateCommand::run(const std::vector<std::string>& args, std::ostream& out
         out << "blank date\n";
         return C_ExitOk;
     }
-    out << date.to_string(options.m_format) << "\n";
+    const auto format = options.m_values.find("--format");
+    out << date.to_string(format != options.m_values.end() ? format->second : C_DefaultFormat)
+        << "\n";
     return C_ExitOk;
 }

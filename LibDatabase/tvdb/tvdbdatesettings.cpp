@@ -1,6 +1,7 @@
 #include "LibDatabase/tvdb/tvdbdatesettings.h"
 
 #include <cctype>
+#include <ostream>
 
 #include "LibDate/core/tvdate.h"
 #include "LibDate/date/tvdateexp.h"
@@ -62,5 +63,38 @@ bool TVDBDateSettings::use_base(const std::string& text, TVDate& base)
     base = read;
     s_baseSeconds = seconds_since_1970(base);
     TVDateUtils::set_clock(&base_clock);
+    return true;
+}
+
+bool TVDBDateSettings::read_args(const std::string& command, const std::vector<std::string>& args,
+                                 const std::set<std::string>& flags,
+                                 const std::set<std::string>& valued, Args& out, std::ostream& err)
+{
+    bool optionsEnded = false;
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (optionsEnded || !is_option(arg)) {
+            out.m_words.push_back(arg);
+        } else if (arg == "--") {
+            optionsEnded = true;
+        } else if (arg == "-h" || arg == "--help") {
+            out.m_help = true;
+        } else if (flags.count(arg) != 0) {
+            out.m_flags.insert(arg);
+        } else {
+            const size_t equals = arg.find('=');
+            const std::string option = arg.substr(0, equals);
+            if (valued.count(option) == 0) {
+                err << "tvdb " << command << ": unknown option '" << option << "' (see tvdb "
+                    << command << " --help)\n";
+                return false;
+            }
+            if (equals == std::string::npos && i + 1 >= args.size()) {
+                err << "tvdb " << command << ": option '" << option << "' needs a value\n";
+                return false;
+            }
+            out.m_values[option] = equals != std::string::npos ? arg.substr(equals + 1) : args[++i];
+        }
+    }
     return true;
 }

@@ -8,7 +8,11 @@
 // use_base sets the process's clock hook and installs the date parser;
 // meant for a command that runs once per process.
 
+#include <iosfwd>
+#include <map>
+#include <set>
 #include <string>
+#include <vector>
 
 class TVDate;
 
@@ -28,6 +32,21 @@ public:
     // "1/3/2021" means midnight at the start of that day; that moment then
     // stands for now. False, and nothing changed, if it isn't a real date.
     static bool use_base(const std::string& text, TVDate& base);
+
+    // A command line of expression words and options: words are those that
+    // aren't options, and all after "--".
+    struct Args
+    {
+        std::vector<std::string> m_words;
+        std::set<std::string> m_flags;
+        std::map<std::string, std::string> m_values; // "--x V" or "--x=V"
+        bool m_help = false;
+    };
+    // False, with the message on err, for an option that is neither a flag
+    // nor valued, or a valued one without its value.
+    static bool read_args(const std::string& command, const std::vector<std::string>& args,
+                          const std::set<std::string>& flags,
+                          const std::set<std::string>& valued, Args& out, std::ostream& err);
 };
 
 #endif // TVDBDATESETTINGS_H

@@ -12,18 +12,6 @@
 
 namespace {
 
-struct Options
-{
-    std::string m_from;
-    bool m_hasFrom = false;
-    int m_count = TVDBRepeatCommand::C_DefaultCount;
-    int m_style = -1;
-    std::string m_format = TVDBRepeatCommand::C_DefaultFormat;
-    bool m_natural = false;
-    bool m_help = false;
-    std::vector<std::string> m_words;
-};
-
 // A count of occurrences: digits only, at most this many.
 bool read_count(const std::string& value, int& count)
 {
@@ -65,63 +53,22 @@ void TVDBRepeatCommand::usage(std::ostream& out) const
 int TVDBRepeatCommand::run(const std::vector<std::string>& args, std::ostream& out,
                            std::ostream& err)
 {
-    Options options;
-    bool optionsEnded = false;
-    for (size_t i = 0; i < args.size(); ++i) {
-        const std::string& arg = args[i];
-        if (optionsEnded || !TVDBDateSettings::is_option(arg)) {
-            options.m_words.push_back(arg);
-            continue;
-        }
-        if (arg == "--") {
-            optionsEnded = true;
-            continue;
-        }
-        if (arg == "-h" || arg == "--help") {
-            options.m_help = true;
-            continue;
-        }
-        if (arg == "--natural") {
-            options.m_natural = true;
-            continue;
-        }
-        // Options with a value: "--from X" or "--from=X".
-        std::string option = arg;
-        std::string value;
-        bool hasValue = false;
-        size_t equals = arg.find('=');
-        if (equals != std::string::npos) {
-            option = arg.substr(0, equals);
-            value = arg.substr(equals + 1);
-            hasValue = true;
-        }
-        if (option != "--from" && option != "--count" && option != "--style" &&
-            option != "--format") {
-            err << "tvdb repeat: unknown option '" << option << "' (see tvdb repeat --help)\n";
-            return C_ExitUsage;
-        }
-        if (!hasValue) {
-            if (i + 1 >= args.size()) {
-                err << "tvdb repeat: option '" << option << "' needs a value\n";
-                return C_ExitUsage;
-            }
-            value = args[++i];
-        }
-        if (option == "--from") {
-            options.m_from = value;
-            options.m_hasFrom = true;
-        } else if (option == "--format") {
-            options.m_format = value;
-        } else if (option == "--count") {
-            if (!read_count(value, options.m_count)) {
-                err << "tvdb repeat: option '--count' takes a number from 0 to "
-                    << TVDateRepeat::C_MaxSlots << ", not '" << value << "'\n";
-                return C_ExitUsage;
-            }
-        } else if (!TVDBDateSettings::read_style(value, options.m_style)) {
-            err << "tvdb repeat: option '--style' takes 0, 1 or 2, not '" << value << "'\n";
-            return C_ExitUsage;
-        }
+    TVDBDateSettings::Args options;
+    if (!TVDBDateSettings::read_args("repeat", args, {"--natural"},
+                                     {"--from", "--count", "--style", "--format"}, options, err))
+        return C_ExitUsage;
+    int count = C_DefaultCount;
+    if (options.m_values.count("--count") != 0 && !read_count(options.m_values["--count"], count)) {
+        err << "tvdb repeat: option '--count' takes a number from 0 to "
+            << TVDateRepeat::C_MaxSlots << ", not '" << options.m_values["--count"] << "'\n";
+        return C_ExitUsage;
+    }
+    int style = -1;
+    if (options.m_values.count("--style") != 0 &&
+        !TVDBDateSettings::read_style(options.m_values["--style"], style)) {
+        err << "tvdb repeat: option '--style' takes 0, 1 or 2, not '"
+            << options.m_values["--style"] << "'\n";
+        return C_ExitUsage;
     }
     if (options.m_help) {
         usage(out);
@@ -133,10 +80,11 @@ int TVDBRepeatCommand::run(const std::vector<std::string>& args, std::ostream& o
     }
 
     tv_install_date_parser();
-    TVDBDateSettings::use_style(options.m_style);
+    TVDBDateSettings::use_style(style);
     TVDate from = TVDateUtils::now();
-    if (options.m_hasFrom && !TVDBDateSettings::use_base(options.m_from, from)) {
-        err << "tvdb repeat: cannot read the date '" << options.m_from << "'\n";
+    if (options.m_values.count("--from") != 0 &&
+        !TVDBDateSettings::use_base(options.m_values["--from"], from)) {
+        err << "tvdb repeat: cannot read the date '" << options.m_values["--from"] << "'\n";
         return C_ExitUsage;
     }
 
@@ -156,16 +104,18 @@ int TVDBRepeatCommand::run(const std::vector<std::string>& args, std::ostream& o
     }
 
     const TVRepeatConfig config;
-    if (options.m_natural) {
+    if (options.m_flags.count("--natural") != 0) {
         out << rule.to_natural(&config) << "\n";
         return C_ExitOk;
     }
+    const auto format = options.m_values.find("--format");
     TVDate date = from;
-    for (int i = 0; i < options.m_count; ++i) {
+    for (int i = 0; i < count; ++i) {
         const TVDate next = rule.next_date(date, &config);
         if (!next.is_ok() || !(next > date))
             break;
-        out << next.to_string(options.m_format) << "\n";
+        out << next.to_string(format != options.m_values.end() ? format->second : C_DefaultFormat)
+            << "\n";
         date = next;
     }
     return C_ExitOk;

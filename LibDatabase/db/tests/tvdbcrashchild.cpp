@@ -5,27 +5,15 @@
 // returned, until it is killed or has done C_MaxSteps. A failure prints
 // "fail" and the messages, and exits 3.
 
-#include "LibCore/error/tverrdetails.h"
-#include "LibCore/error/tverror.h"
 #include "LibDatabase/db/tests/tvdbcrashscript.h"
 #include "LibDatabase/db/tvdatabase.h"
+#include "TestSupport/tvdbchild.h"
 
 #include <cstdio>
-#include <string>
 
 namespace {
 
 const int C_MaxSteps = 400;
-
-int fail(const char* what)
-{
-    std::printf("fail %s\n", what);
-    TVError* error = get_tverror();
-    for (size_t i = 0; i < error->error_count(); ++i)
-        std::printf("  %s\n", error->error_at(i)->get_details(TVAspectSystem).c_str());
-    std::fflush(stdout);
-    return 3;
-}
 
 } // namespace
 
@@ -33,27 +21,19 @@ int main(int argc, char** argv)
 {
     if (argc != 2)
         return 2;
-    get_tverror()->set_stream(nullptr, TVSevAll);
-    get_tverror()->set_action(TVActContinue, TVSevError);
-    try {
-        TVDatabase db;
-        db.set_app_type("TestApp");
-        if (db.load(argv[1], true, std::string(), true, true, true) != TVErrC_ok)
-            return fail("load");
+    return TVDBChild::run(argv[1], {}, [](TVDatabase& db) {
         if (TVDBCrashScript::resume(db) != TVErrC_ok)
-            return fail("resume");
+            return TVDBChild::fail("resume");
         const int first = TVDBCrashScript::next_step(db);
         std::printf("start %d\n", first);
         std::fflush(stdout);
         for (int step = first; step < first + C_MaxSteps; ++step) {
             if (TVDBCrashScript::apply(db, step) != TVErrC_ok)
-                return fail("step");
+                return TVDBChild::fail("step");
             // Only now may the parent count on it.
             std::printf("done %d\n", step);
             std::fflush(stdout);
         }
-    } catch (const TVErrDetails&) {
-        return fail("thrown");
-    }
-    return 0;
+        return 0;
+    });
 }

@@ -9,6 +9,7 @@
 #include "LibDatabase/db/tvdbscriptengineqt.h"
 #include "LibDatabase/db/tvdbscripthost.h"
 #include "LibDatabase/db/tvobjectspec.h"
+#include "LibDatabase/db/tvvariable.h"
 #include "LibDate/date/tvdateparser.h"
 #include "TestSupport/tvdbfiletest.h"
 
@@ -196,6 +197,74 @@ TEST_F(ScriptTest, DatesGoThroughTheDateEngineAndPromptsOnlyAskWhenInteractive)
     EXPECT_EQ(m_last->get_error_text(), "Error: There is no window to run Go.");
 }
 
+TEST_F(ScriptTest, VariableFunctionsReadAndChangeOnlyTheObjectsOwnVariables)
+{
+    for (const auto& spec : std::vector<std::pair<std::string, std::string>>{
+             {"Shelf", "$<Room> = init(\"den\");"},
+             {"Table", "$<Size> = init(\"7\"); $<Twice> = eval(\"$=($<Size> * 2)\");"},
+             {"Square", "inherits Table; $<Side> = init(\"3\");"}})
+        ASSERT_EQ(m_db->add_objectspec(new TVObjectSpec(spec.first, spec.second), ""), TVErrC_ok);
+    ASSERT_EQ(m_db->apply_objectspecs(), TVErrC_ok) << take_messages();
+    auto add = [this](const std::string& name, const std::string& spec, TVDBObject* parent) {
+        auto* made = new TVDBTestNode(name);
+        EXPECT_EQ(m_db->add_object(made, parent, parent != nullptr ? "kids" : "", "",
+                                   m_db->get_objectspec_id_for_name(spec), "Add " + name),
+                  TVErrC_ok)
+            << take_messages();
+        return made;
+    };
+    TVDBTestNode* shelf = add("Shelf", "Shelf", nullptr);
+    TVDBTestNode* seven = add("Seven", "Table", shelf);
+    add("Eight", "Square", nullptr);
+
+    // "$=(...)" is worked out through the engine; TVSet works the rest out again.
+    EXPECT_EQ(run(*seven, "TVGet('Twice')").second, "14");
+    EXPECT_EQ(run(*seven, "TVSet('Size', '9'); TVGet('Twice')").second, "18");
+    // TVGet stays on the object: the parent's Room is not the table's.
+    run(*seven, "TVGet('Room')");
+    EXPECT_EQ(m_last->get_error_text(), "Error: Unknown variable Room");
+    // Setting an unknown variable raises and makes none.
+    run(*seven, "TVSet('Colour', 'red')");
+    EXPECT_EQ(m_last->get_error_text(), "Error: Unknown variable Colour");
+    EXPECT_EQ(seven->get_var_by_tag("Colour", false), nullptr);
+
+    // Searching matches any variable, case ignored; spec "Table" takes in
+    // the "Square" that inherits it.
+    EXPECT_EQ(run(*seven, "TVSearchDB('Table', 'Size', '^[0-9]$').join()").second, "9,7");
+    EXPECT_EQ(run(*seven, "TVSearchDB('*', '', 'DEN').join()").second,
+              std::to_string(shelf->get_id()));
+    EXPECT_EQ(run(*seven, "TVPromptDB('Table', 'Size', 'Which size?', '', false)").second, "9");
+    run(*seven, "TVSearchDB('Chair', 'Size', '.')");
+    EXPECT_EQ(m_last->get_error_text(), "Error: Could not find the spec Chair.");
+
+    // A spec the parent allows moves the object; its variables follow.
+    EXPECT_EQ(run(*seven, "TVSetSpec('Square'); TVGet('Side')").second, "3");
+    EXPECT_EQ(seven->get_spec_id(), m_db->get_objectspec_id_for_name("Square"));
+    run(*seven, "TVSetSpec('Nowhere')");
+    EXPECT_EQ(m_last->get_error_text(), "Error: Cannot set the spec to Nowhere.");
+
+    // A failure on line 3 keeps what lines 1 and 2 did, and says where it was.
+    TVDBScript failing("failing", "TVSet('Size', '4');\nTVSet('Side', '5');\nTVSet('Nope', 1);",
+                       "");
+    EXPECT_EQ(failing.run(*seven, false), TVErrC_okCancel);
+    EXPECT_EQ(failing.get_error_line(), 3);
+    EXPECT_EQ(seven->get_var_value("Size", false, false) + seven->get_var_value("Side", false, false),
+              "45");
+    const int id = seven->get_id();
+    m_db.reset();
+    m_db = reopen();
+    TVDBObject* reread = m_db->get_object_by_id(id);
+    ASSERT_NE(reread, nullptr);
+    EXPECT_EQ(reread->get_var_value("Size", false, false), "4");
+
+    // A run the user started that runs away takes its changes with it.
+    TVDBScriptEngineQt::set_time_limit_ms(100);
+    TVDBScript spin("spin", "TVSet('Size', '1');\nwhile (true) {}", "");
+    EXPECT_EQ(spin.run(*reread, false) % 100000, TVDBScript::TVErrC_ScriptStopped);
+    take_messages();
+    EXPECT_EQ(m_db->get_object_by_id(id)->get_var_value("Size", false, false), "4");
+}
+
 TEST_F(ScriptTest, ExpressionCacheEvaluatesAgainOnlyWhenTheTextChanges)
 {
     TVDBScriptCache cache;
@@ -203,6 +272,9 @@ TEST_F(ScriptTest, ExpressionCacheEvaluatesAgainOnlyWhenTheTextChanges)
     EXPECT_EQ(cache.evaluate("(new Date()).getTime()", 1), cache.evaluate("(new Date()).getTime()", 1));
     EXPECT_EQ(cache.evaluate("6 * 8", 0), "48");
     EXPECT_EQ(cache.evaluate("nothing.here", 2), "ReferenceError: Can't find variable: nothing");
+    // Expressions share an engine but not their declarations.
+    EXPECT_EQ(cache.evaluate("var kept = 5; kept", 4), "5");
+    EXPECT_EQ(cache.evaluate("typeof kept", 5), "undefined");
     TVDBScriptEngineQt::set_time_limit_ms(100);
     EXPECT_NE(cache.evaluate("while (true) {}", 3).find("was stopped at line 1"), std::string::npos);
 }
@@ -213,9 +285,11 @@ TEST_F(ScriptTest, RunawayScriptIsStoppedAndItsStepDropped)
     TVDBScriptEngineQt::set_time_limit_ms(100);
     // Changes open before the run are finished first, and stay.
     ASSERT_EQ(m_db->add_object(new TVDBTestNode("Division"), nullptr, "", "", -1, ""), TVErrC_ok);
-    TVDBScript* spin = tables->get_script("spin");
-    EXPECT_EQ(spin->run(*tables, false) % 100000, TVDBScript::TVErrC_ScriptStopped);
-    EXPECT_EQ(spin->get_error_text(),
+    const int id = tables->get_id();
+    EXPECT_EQ(tables->get_script("spin")->run(*tables, false) % 100000,
+              TVDBScript::TVErrC_ScriptStopped);
+    // The rebuild made the object and its script afresh; the error is on them.
+    EXPECT_EQ(m_db->get_object_by_id(id)->get_script("spin")->get_error_text(),
               "The script spin was stopped at line 2: it ran for longer than 0.1 seconds.");
     take_messages();
     EXPECT_EQ(names(*m_db), (std::set<std::string>{"Division", "Tables"}));

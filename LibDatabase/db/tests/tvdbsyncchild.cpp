@@ -8,78 +8,60 @@
 #include "LibComms/cloud/tvcloudinstance.h"
 #include "LibComms/cloud/tvcloudservice.h"
 #include "LibComms/cloud/tvlocalservice.h"
-#include "LibCore/error/tverrdetails.h"
 #include "LibCore/error/tverror.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvdatabase.h"
 #include "LibDatabase/db/tvexternaldb.h"
+#include "TestSupport/tvdbchild.h"
 #include "TestSupport/tvdbtestnode.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 
-namespace {
-
-int fail(const char* what)
-{
-    std::printf("fail %s\n", what);
-    TVError* error = get_tverror();
-    for (size_t i = 0; i < error->error_count(); ++i)
-        std::printf("  %s\n", error->error_at(i)->get_details(TVAspectSystem).c_str());
-    std::fflush(stdout);
-    return 3;
-}
-
-} // namespace
-
 int main(int argc, char** argv)
 {
     if (argc != 6)
         return 2;
     const std::string file = argv[1];
+    const std::string share = argv[2];
     const std::string host = argv[3];
     const int first = std::atoi(argv[4]);
     const int count = std::atoi(argv[5]);
-    get_tverror()->set_stream(nullptr, TVSevAll);
-    get_tverror()->set_action(TVActContinue, TVSevError);
-    try {
+    const auto setup = [&] {
         TVCloudService::override_host(host);
-        if (istvwarn(TVLocalService::set_syncdir(argv[2])))
-            return fail("share");
+        if (istvwarn(TVLocalService::set_syncdir(share)))
+            return TVDBChild::fail("share");
         get_tverror()->clear_all();
-        TVDatabase db;
-        db.set_app_type("TestApp");
-        if (db.load(file, true, std::string(), true, true, true) != TVErrC_ok)
-            return fail("load");
+        return 0;
+    };
+    return TVDBChild::run(file, setup, [&](TVDatabase& db) {
         if (db.get_nexternals() == 0) {
             TVExternalDB* link = nullptr;
             if (istvwarn(db.add_external(TVCloudInstance::E_LocalShare, tv_basename(file), 3, link)))
-                return fail("link");
+                return TVDBChild::fail("link");
         }
         for (int i = first; i < first + count; ++i) {
             const std::string name = host + "-" + std::to_string(i);
             if (db.add_object(new TVDBTestNode(name), nullptr, "", "", -1, "Add " + name) !=
                 TVErrC_ok)
-                return fail("add");
+                return TVDBChild::fail("add");
             std::printf("done %s\n", name.c_str());
             std::fflush(stdout);
         }
         // The first ask for a peer's new file only marks it wanted.
         for (int i = 0; i < 20; ++i) {
             if (istvwarn(db.pull_all(!db.needs_save())))
-                return fail("pull");
-            if (db.sync_state() == 1 && !db.has_ext_data() && !db.has_ext_data())
+                return TVDBChild::fail("pull");
+            if (db.sync_state() == 1 && !db.has_ext_data())
                 break;
         }
         if (istvwarn(db.save(true, true, false)))
-            return fail("save");
+            return TVDBChild::fail("save");
         if (istvwarn(db.unload()))
-            return fail("unload");
+            return TVDBChild::fail("unload");
         std::printf("synced\n");
         std::fflush(stdout);
-    } catch (const TVErrDetails&) {
-        return fail("thrown");
-    }
-    return 0;
+        return 0;
+    });
 }
