@@ -576,6 +576,8 @@ int TVQuery::get_value(const TVDatabase& db, const std::vector<TVDBObject*>& cha
     const int hooked = db.query_value(chain, field, out);
     if (hooked == TVErrC_okHandled)
         return TVErrC_ok;
+    if (hooked == TVErrC_okFailed)
+        return hooked;
     TV_PASS_ON(hooked);
     if (field == TVQueryCondSpec::C_QuerySpec) {
         if (chain.empty())
