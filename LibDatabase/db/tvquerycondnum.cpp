@@ -63,7 +63,9 @@ bool TVQueryCondNum::evaluate(const std::string& value, const TVDatabase&) const
     case E_Equal:
         return std::fabs(number - m_minimum) <= m_epsilon;
     case E_NotEqual:
-        return std::fabs(number - m_minimum) >= m_epsilon;
+        // Strictly: "not below" would let the value itself pass with the
+        // parser's epsilon of 0, and NotEqual=1 would exclude nothing.
+        return std::fabs(number - m_minimum) > m_epsilon;
     default:
         return true;
     }

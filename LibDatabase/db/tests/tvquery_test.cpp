@@ -187,6 +187,7 @@ TEST_F(QueryTest, ConditionsTestTheirValues)
         {"Condition: From=Go, Value=T, Equal=1;", "1.0000001", false},
         {"Condition: From=Go, Value=T, Equal=1, Epsilon=0.001;", "1.0000001", true},
         {"Condition: From=Go, Value=T, NotEqual=1;", "2", true},
+        {"Condition: From=Go, Value=T, NotEqual=1;", "1", false},
         {"Condition: From=Go, Value=T, LessThan=10;", "10", true},
         {"Condition: From=Go, Value=T, LessThan=10, GreaterThan=5;", "4.9", false},
         {"Condition: From=Go, ID=-1;", "88", true},
