@@ -4,6 +4,8 @@
 #include "LibCore/textstr/tvtextstr.h"
 #include "LibObject/object/tvtrail.h"
 
+#include <algorithm>
+#include <cctype>
 #include <ostream>
 
 const char* const TVQueryCond::C_QualStart = "Start";
@@ -49,11 +51,14 @@ void TVQueryCond::dump(std::ostream& out, int indent) const
 
 bool TVQueryCond::names_object(const std::string& name) const
 {
-    const std::string lower = tv_tolower(name);
-    for (const std::string& object : m_objects)
-        if (object == lower)
-            return true;
-    return false;
+    // Asked for every object a run meets: compared in place, not lowered.
+    const auto same = [&name](const std::string& object) {
+        return object.size() == name.size() &&
+               std::equal(object.begin(), object.end(), name.begin(), [](char a, char b) {
+                   return a == std::tolower(static_cast<unsigned char>(b));
+               });
+    };
+    return std::any_of(m_objects.begin(), m_objects.end(), same);
 }
 
 void TVQueryCond::add_qualifier(const std::string& text)
