@@ -156,6 +156,12 @@ TEST_F(MathsQueryTest, AWrongQueryOrPromptFailsWithItsLine)
     EXPECT_EQ(run.m_exitCode, 1);
     EXPECT_EQ(run.m_err, "tvdb query: query:1: error  Unknown symbol \"Select\"\n");
 
+    // Maths objects follow no spec: a spec condition can't be answered.
+    run = run_tvdb({"query", m_file, "Condition: From=Go, Spec=Exercise;"});
+    EXPECT_EQ(run.m_exitCode, 1);
+    EXPECT_NE(run.m_err.find("Could not find object spec for object"), std::string::npos)
+        << run.m_err;
+
     run = run_tvdb({"query", m_file, "Field: Title=T, From=Go, Value=Time;", "--prompt", "X=1"});
     EXPECT_EQ(run.m_exitCode, 2);
     EXPECT_NE(run.m_err.find("no prompt \"X\""), std::string::npos) << run.m_err;

@@ -269,6 +269,14 @@ TEST_F(QueryTest, PromptsGoIntoTheTextAndSummariesAddRows)
     // Added rows carry ids that no object has.
     EXPECT_EQ(table.get_id_no(3)->first_id(), -10);
     EXPECT_EQ(table.get_id_no(4)->first_id(), -20);
+
+    table.post_process(TVQueryResult::E_PostTotalColumns, 1, "Sum");
+    EXPECT_EQ(table.get_header(3), "Sum");
+    EXPECT_EQ(table.get_cell(0, 3), "824.00");
+    table.post_process(TVQueryResult::E_PostTotalRows, 0, "All");
+    EXPECT_EQ(table.get_cell(5, 0), "All");
+    EXPECT_EQ(table.get_cell(5, 1), "887.00");
+    EXPECT_EQ(table.get_id_no(5)->first_id(), -30);
 }
 
 // ---- Files ----------------------------------------------------------------------------
