@@ -61,6 +61,8 @@ public:
 
     // Every access token given so far is refused from now on.
     void expire_tokens() { m_tokens.clear(); }
+    // The refresh tokens too: only a new consent in the browser helps.
+    void revoke_consent() { m_tokens.clear(); m_refreshTokens.clear(); }
     // Requests are dropped unanswered (a network error at the client).
     void set_offline(bool offline) { m_offline = offline; }
     // Requests whose "METHOD path" starts with prefix wait unanswered

@@ -21,6 +21,7 @@
 #include <QUrlQuery>
 
 #include <cstdlib>
+#include <functional>
 #include <ostream>
 
 namespace {
@@ -50,6 +51,30 @@ QByteArray json(const QJsonObject& object)
 {
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
+
+// The browser's way back, on this machine alone. Qt's own handler passes
+// over a token request the server refused without a word; this one says so.
+class ReplyHandler : public QOAuthHttpServerReplyHandler
+{
+public:
+    ReplyHandler(quint16 port, QObject* parent)
+        : QOAuthHttpServerReplyHandler(QHostAddress(QHostAddress::LocalHost), port, parent)
+    {
+    }
+    void networkReplyFinished(QNetworkReply* reply) override
+    {
+        if (reply->error() != QNetworkReply::NoError && m_failed) {
+            // An answer of 400 or 401 refuses the grant; anything else
+            // (no network, a server fault) says nothing about it.
+            const int status =
+                reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+            m_failed(status == 400 || status == 401);
+            return;
+        }
+        QOAuthHttpServerReplyHandler::networkReplyFinished(reply);
+    }
+    std::function<void(bool refused)> m_failed;
+};
 
 } // namespace
 
@@ -176,16 +201,16 @@ void TVGoogleService::authorise(bool sign_in)
     if (!is_available())
         return;
     m_signInStarted = TVDateUtils::now();
-    // The browser comes back to this machine alone.
     if (m_handler == nullptr) {
-        m_handler = new QOAuthHttpServerReplyHandler(QHostAddress(QHostAddress::LocalHost),
-                                                     static_cast<quint16>(m_replyPort), this);
+        m_handler = new ReplyHandler(static_cast<quint16>(m_replyPort), this);
         m_handler->setCallbackPath(C_CallbackPath);
     }
     // A fresh flow each time: one whose last request went unanswered
     // would refuse to start another.
-    if (m_flow != nullptr)
+    if (m_flow != nullptr) {
+        m_flow->disconnect(this);
         m_flow->deleteLater();
+    }
     auto* flow = new QOAuth2AuthorizationCodeFlow(m_network.get(), this);
     m_flow = flow;
     flow->setScope(C_Scope);
@@ -210,8 +235,28 @@ void TVGoogleService::authorise(bool sign_in)
     connect(flow, &QOAuth2AuthorizationCodeFlow::authorizeWithBrowser, this,
             [](const QUrl& url) { browser()(url); });
     connect(flow, &QOAuth2AuthorizationCodeFlow::granted, this, &TVGoogleService::authorised);
+    // A failed request ends the sign-in now rather than after its wait. A
+    // refused refresh means the consent was withdrawn or ran out: only the
+    // browser can give a new one. Offline, the refresh token is kept.
+    const auto failed = [this, flow](bool refused) {
+        if (m_flow != flow)
+            return;
+        const bool refreshing = m_refreshing;
+        m_refreshing = false;
+        m_signInStarted = TVDateUtils::blank_date();
+        if (refreshing && refused) {
+            m_refreshToken.clear();
+            store(C_RefreshTokenTag, "");
+            authorise(true);
+        } else {
+            emit state_changed();
+        }
+    };
+    connect(flow, &QAbstractOAuth::requestFailed, this, [failed] { failed(false); });
+    static_cast<ReplyHandler*>(m_handler)->m_failed = failed;
     const std::string refresh = stored(C_RefreshTokenTag);
     if (!refresh.empty()) {
+        m_refreshing = true;
         flow->setRefreshToken(qstr(refresh));
         flow->refreshAccessToken();
         return;
@@ -223,9 +268,11 @@ void TVGoogleService::authorise(bool sign_in)
 
 void TVGoogleService::authorised()
 {
-    if (m_flow == nullptr)
+    // A flow given up on still hears the tokens of the handler they share.
+    if (m_flow == nullptr || sender() != m_flow)
         return;
     m_signInStarted = TVDateUtils::blank_date();
+    m_refreshing = false;
     m_token = m_flow->token().toStdString();
     // A refresh may come without a new refresh token: the old one stands.
     if (!m_flow->refreshToken().isEmpty())

@@ -166,6 +166,7 @@ private:
     TVDate m_expiry;
     TVDate m_lastContact;
     TVDate m_signInStarted;
+    bool m_refreshing = false; // the flow is asking for a token by the refresh token
     std::unique_ptr<QNetworkAccessManager> m_network;
     QPointer<QOAuth2AuthorizationCodeFlow> m_flow;
     QOAuthHttpServerReplyHandler* m_handler = nullptr;

@@ -1,6 +1,7 @@
 #include "LibComms/web/tvwebfile.h"
 
 #include "LibCore/error/tverror.h"
+#include "LibCore/fileutils/tvfileutils.h"
 #include "LibCore/log/tvdump.h"
 #include "LibDate/core/tvdateutils.h"
 
@@ -51,18 +52,36 @@ void TVWebFile::update_remote(const std::string& id, const TVDate& date)
         m_state = E_ToDownload;
 }
 
+// The bytes go to a hidden name beside the file (a scan passes over it),
+// are flushed, and are renamed over it: a write that fails half way leaves
+// the last whole copy, never a cut one for the cloud service to read or
+// for the next scan to take for a change of ours and upload.
 int TVWebFile::complete_pull(const std::string& bytes)
 {
     try {
-        QFile file(QString::fromStdString(get_pathname()));
-        if (!file.open(QIODevice::WriteOnly) ||
-            file.write(bytes.data(), static_cast<qint64>(bytes.size())) !=
-                static_cast<qint64>(bytes.size())) {
-            m_state = E_ToDownload;
-            return tvwarning(TVErrC_FileWrite, TVLOCATION, "Could not write the file %s",
-                             get_pathname().c_str());
+        const std::string path = get_pathname();
+        const std::string temp = tv_dirname(path) + "/." + tv_filename(path) + ".download";
+        QFile file(QString::fromStdString(temp));
+        bool ok = file.open(QIODevice::WriteOnly) &&
+                  file.write(bytes.data(), static_cast<qint64>(bytes.size())) ==
+                      static_cast<qint64>(bytes.size()) &&
+                  file.flush();
+        if (ok && istvwarn(tv_sync_fd(file.handle(), temp))) {
+            get_tverror()->clear_last_error();
+            ok = false;
         }
         file.close();
+        ok = ok && file.error() == QFileDevice::NoError;
+        if (ok && istvwarn(tv_rename_file(temp, path, false, true))) {
+            get_tverror()->clear_last_error();
+            ok = false;
+        }
+        if (!ok) {
+            QFile::remove(QString::fromStdString(temp));
+            m_state = E_ToDownload;
+            return tvwarning(TVErrC_FileWrite, TVLOCATION, "Could not write the file %s",
+                             path.c_str());
+        }
         m_state = E_InStep;
         TV_PASS_ON(set_times(get_created(), m_remoteTime));
         m_localTime = get_modified();

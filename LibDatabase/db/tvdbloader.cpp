@@ -211,7 +211,14 @@ int TVDBLoader::load_partial(bool skip_saved)
         // Keep the damaged file as it was, and cut the live one back to its
         // last whole block so the next append follows good data.
         const std::string damaged = TVDBFileNames::damaged_partial(d->m_completeFile);
-        TV_PASS_ON(TVDBSaver(m_db).keep_damaged_partial(d->m_partialGoodBytes));
+        if (istvwarn(TVDBSaver(m_db).keep_damaged_partial(d->m_partialGoodBytes))) {
+            // Later changes would follow the damage, where no load reads
+            // them: the user decides, as for a file that won't open.
+            d->m_partialUnread = true;
+            return tvwarning(TVDatabase::TVErrC_CorruptPartial, TVLOCATION,
+                             "The session file %s is damaged and could not be repaired.",
+                             partial.c_str());
+        }
         return tvwarning(TVDatabase::TVErrC_CorruptPartial, TVLOCATION,
                          "The session file %s was damaged: the changes after its last whole "
                          "operation are lost (the file as it was is %s).",

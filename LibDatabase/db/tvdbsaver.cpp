@@ -2,6 +2,7 @@
 
 #include "LibCore/application/tvapplication.h"
 #include "LibCore/application/tvappstatussetter.h"
+#include "LibCore/fileutils/tvfilefaults.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibDatabase/db/tvcachename.h"
 #include "LibDatabase/db/tvdatabase_p.h"
@@ -592,8 +593,18 @@ int TVDBSaver::keep_damaged_partial(long good_bytes)
         const std::string& partial = d->m_partialFile;
         TV_PASS_ON(tv_copy_file(partial, TVDBFileNames::damaged_partial(d->m_completeFile), true,
                                 true));
+        // Appending after a damaged tail would put every later change where
+        // no load reads it: a file that can't be cut back stops the load.
         std::error_code ec;
-        std::filesystem::resize_file(partial, static_cast<std::uintmax_t>(good_bytes), ec);
+        if (TVFileFaults::should_fail(TVFileFaults::E_OpWrite, partial))
+            ec = std::make_error_code(std::errc::io_error);
+        else
+            std::filesystem::resize_file(partial, static_cast<std::uintmax_t>(good_bytes), ec);
+        if (ec)
+            return tverror(TVErrC_FileWrite, TVLOCATION,
+                           "Could not cut the damaged session file %s back to its last whole "
+                           "operation (%s).",
+                           partial.c_str(), ec.message().c_str());
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

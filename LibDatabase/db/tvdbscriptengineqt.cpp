@@ -174,6 +174,28 @@ QScriptValue first_argument(QScriptContext* context)
     return context->argument(0);
 }
 
+// A function of the run's engine, and one of the object it runs against.
+// From a plain engine (or a run without an object) each hands back its
+// first argument.
+using EngineFunction = QScriptValue (*)(QScriptContext*, TVDBScriptEngineQt*);
+using ObjectFunction = QScriptValue (*)(QScriptContext*, TVDBScriptEngineQt*, TVDBObject&);
+
+template <EngineFunction F>
+QScriptValue of_engine(QScriptContext* context, QScriptEngine* engine)
+{
+    TVDBScriptEngineQt* ours = our_engine(engine);
+    return ours == nullptr ? first_argument(context) : F(context, ours);
+}
+
+template <ObjectFunction F>
+QScriptValue of_object(QScriptContext* context, QScriptEngine* engine)
+{
+    TVDBScriptEngineQt* ours = our_engine(engine);
+    if (ours == nullptr || ours->get_object() == nullptr)
+        return first_argument(context);
+    return F(context, ours, *ours->get_object());
+}
+
 // Runs the script of that name on object, inside this run. The callee's
 // error comes back into the caller as an exception it may catch.
 QScriptValue call_script(QScriptContext* context, TVDBScriptEngineQt& engine, TVDBObject& object,
@@ -222,34 +244,25 @@ bool is_spec_object(const TVDBObject& object)
 
 // ---- The global functions ---------------------------------------------------
 
-QScriptValue fn_call_self(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_call_self(QScriptContext* context, TVDBScriptEngineQt* ours, TVDBObject& object)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr || ours->get_object() == nullptr)
-        return first_argument(context);
-    return call_script(context, *ours, *ours->get_object(), arg(context, 0), true);
+    return call_script(context, *ours, object, arg(context, 0), true);
 }
 
-QScriptValue fn_call_parent(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_call_parent(QScriptContext* context, TVDBScriptEngineQt* ours, TVDBObject& object)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr || ours->get_object() == nullptr)
-        return first_argument(context);
-    TVDBObject* parent = ours->get_object()->get_parent();
+    TVDBObject* parent = object.get_parent();
     if (parent == nullptr)
         return context->throwError(QStringLiteral("Object does not have a parent."));
     return call_script(context, *ours, *parent, arg(context, 0), true);
 }
 
-QScriptValue fn_call_child(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_call_child(QScriptContext* context, TVDBScriptEngineQt* ours, TVDBObject& object)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr || ours->get_object() == nullptr)
-        return first_argument(context);
     const std::string tag = arg(context, 0);
     const std::string name = arg(context, 1);
     const int index = context->argumentCount() > 2 ? context->argument(2).toInt32() : -1;
-    const std::vector<TVDBObject*> children = children_of(*ours->get_object(), tag);
+    const std::vector<TVDBObject*> children = children_of(object, tag);
     if (children.empty() || index >= static_cast<int>(children.size()))
         return context->throwError(QString::fromStdString("Could not find child " + tag));
     if (index >= 0)
@@ -263,14 +276,11 @@ QScriptValue fn_call_child(QScriptContext* context, QScriptEngine* engine)
     return last;
 }
 
-QScriptValue fn_call_all(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_call_all(QScriptContext* context, TVDBScriptEngineQt* ours, TVDBObject& object)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr || ours->get_object() == nullptr)
-        return first_argument(context);
     const std::string name = arg(context, 0);
     const int specId = context->argumentCount() > 1 ? context->argument(1).toInt32() : -1;
-    TVDatabase* db = ours->get_object()->get_database();
+    TVDatabase* db = object.get_database();
     if (db == nullptr)
         return QScriptValue();
     // Ids first: a script may add objects as the call goes on.
@@ -292,24 +302,19 @@ QScriptValue fn_call_all(QScriptContext* context, QScriptEngine* engine)
     return QScriptValue();
 }
 
-QScriptValue fn_call_id(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_call_id(QScriptContext* context, TVDBScriptEngineQt* ours, TVDBObject& object)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr || ours->get_object() == nullptr)
-        return first_argument(context);
-    TVDatabase* db = ours->get_object()->get_database();
+    TVDatabase* db = object.get_database();
     const int id = context->argument(1).toInt32();
-    TVDBObject* object = db != nullptr ? db->get_object_by_id(id) : nullptr;
-    if (object == nullptr || object->is_deleted())
+    TVDBObject* target = db != nullptr ? db->get_object_by_id(id) : nullptr;
+    if (target == nullptr || target->is_deleted())
         return context->throwError(QString::fromStdString("Could not find object " +
                                                           std::to_string(id)));
-    return call_script(context, *ours, *object, arg(context, 0), true);
+    return call_script(context, *ours, *target, arg(context, 0), true);
 }
 
-QScriptValue fn_date_compare(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_date_compare(QScriptContext* context, TVDBScriptEngineQt*)
 {
-    if (our_engine(engine) == nullptr)
-        return first_argument(context);
     const TVDate first = TVDateUtils::read_date(arg(context, 0), nullptr, nullptr);
     const TVDate second = TVDateUtils::read_date(arg(context, 1), nullptr, nullptr);
     const std::string op = arg(context, 2);
@@ -327,20 +332,15 @@ QScriptValue fn_date_compare(QScriptContext* context, QScriptEngine* engine)
     return QScriptValue(answer);
 }
 
-QScriptValue fn_date_eval(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_date_eval(QScriptContext* context, TVDBScriptEngineQt*)
 {
-    if (our_engine(engine) == nullptr)
-        return first_argument(context);
     const TVDate date = TVDateUtils::read_date(arg(context, 0), nullptr, nullptr);
     const std::string format = context->argumentCount() > 1 ? arg(context, 1) : std::string();
     return text(date.to_string(format));
 }
 
-QScriptValue fn_prompt_text(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_prompt_text(QScriptContext* context, TVDBScriptEngineQt* ours)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr)
-        return first_argument(context);
     const std::string initial = context->argumentCount() > 1 ? arg(context, 1) : std::string();
     if (!ours->is_interactive())
         return text(initial);
@@ -348,11 +348,8 @@ QScriptValue fn_prompt_text(QScriptContext* context, QScriptEngine* engine)
     return text(TVDBScriptHost::instance().prompt_text(arg(context, 0), initial));
 }
 
-QScriptValue fn_prompt_choice(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_prompt_choice(QScriptContext* context, TVDBScriptEngineQt* ours)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr)
-        return first_argument(context);
     const std::vector<std::string> choices = split_list(arg(context, 2));
     if (!ours->is_interactive())
         return text(choices.empty() ? std::string() : choices.front());
@@ -361,11 +358,8 @@ QScriptValue fn_prompt_choice(QScriptContext* context, QScriptEngine* engine)
                                                          context->argument(3).toBool()));
 }
 
-QScriptValue fn_gui_call(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_gui_call(QScriptContext* context, TVDBScriptEngineQt*)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr)
-        return first_argument(context);
     std::vector<std::string> arguments;
     for (int i = 1; i <= 4; ++i) {
         const std::string value = arg(context, i);
@@ -380,10 +374,8 @@ QScriptValue fn_gui_call(QScriptContext* context, QScriptEngine* engine)
     return QScriptValue(true);
 }
 
-QScriptValue fn_open_url(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_open_url(QScriptContext* context, TVDBScriptEngineQt*)
 {
-    if (our_engine(engine) == nullptr)
-        return first_argument(context);
     return QScriptValue(TVDBScriptHost::instance().open_url(arg(context, 0)));
 }
 
@@ -443,42 +435,31 @@ std::vector<TVDBObject*> objects_of_spec(const TVDatabase& db, const std::string
     return found;
 }
 
-QScriptValue fn_get(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_get(QScriptContext* context, TVDBScriptEngineQt*, TVDBObject& object)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr || ours->get_object() == nullptr)
-        return first_argument(context);
     const std::string tag = arg(context, 0);
-    const TVVariable* var = ours->get_object()->get_var_by_tag(tag, false);
+    const TVVariable* var = object.get_var_by_tag(tag, false);
     if (var == nullptr)
         return unknown_variable(context, tag);
     return text(var->get_value());
 }
 
-QScriptValue fn_set(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_set(QScriptContext* context, TVDBScriptEngineQt* ours, TVDBObject& object)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr || ours->get_object() == nullptr)
-        return first_argument(context);
-    TVDBObject& object = *ours->get_object();
     const std::string tag = arg(context, 0);
     // set_var_value would make a variable; a script may only change one.
     if (object.get_var_by_tag(tag, false) == nullptr)
         return unknown_variable(context, tag);
     if (failed(object.set_var_value(tag, arg(context, 1), false)) ||
         failed(object.update_vars()))
-        return stop_if_stopped(context, engine,
+        return stop_if_stopped(context, ours,
                                context->throwError(QString::fromStdString(
                                    "Could not set " + tag + ": " + newest_message())));
-    return stop_if_stopped(context, engine, QScriptValue(true));
+    return stop_if_stopped(context, ours, QScriptValue(true));
 }
 
-QScriptValue fn_set_spec(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_set_spec(QScriptContext* context, TVDBScriptEngineQt* ours, TVDBObject& object)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr || ours->get_object() == nullptr)
-        return first_argument(context);
-    TVDBObject& object = *ours->get_object();
     TVDatabase* db = object.get_database();
     if (db == nullptr)
         return context->throwError(QStringLiteral("Could not locate the overall database."));
@@ -496,17 +477,14 @@ QScriptValue fn_set_spec(QScriptContext* context, QScriptEngine* engine)
         failed(db->apply_objectspec_to_db(&object, (*spec)->get_id(), false)) ||
         failed(object.update_vars()))
         return stop_if_stopped(
-            context, engine,
+            context, ours,
             context->throwError(QString::fromStdString("Cannot set the spec to " + name + ".")));
-    return stop_if_stopped(context, engine, QScriptValue(true));
+    return stop_if_stopped(context, ours, QScriptValue(true));
 }
 
-QScriptValue fn_search_db(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_search_db(QScriptContext* context, TVDBScriptEngineQt* ours, TVDBObject& object)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr || ours->get_object() == nullptr)
-        return first_argument(context);
-    const TVDatabase* db = ours->get_object()->get_database();
+    const TVDatabase* db = object.get_database();
     if (db == nullptr)
         return context->throwError(QStringLiteral("Could not locate the overall database."));
     const std::string tag = context->argumentCount() > 1 ? arg(context, 1) : std::string();
@@ -522,7 +500,7 @@ QScriptValue fn_search_db(QScriptContext* context, QScriptEngine* engine)
         return context->throwError(QString::fromStdString(message));
     // With a tag, the values of that variable; without one, the ids.
     const bool wantIds = tag.empty() || tag == "undefined";
-    QScriptValue answer = engine->newArray();
+    QScriptValue answer = ours->newArray();
     quint32 count = 0;
     for (TVDBObject* object : candidates) {
         bool matches = false;
@@ -544,12 +522,9 @@ QScriptValue fn_search_db(QScriptContext* context, QScriptEngine* engine)
     return answer;
 }
 
-QScriptValue fn_prompt_db(QScriptContext* context, QScriptEngine* engine)
+QScriptValue fn_prompt_db(QScriptContext* context, TVDBScriptEngineQt* ours, TVDBObject& object)
 {
-    TVDBScriptEngineQt* ours = our_engine(engine);
-    if (ours == nullptr || ours->get_object() == nullptr)
-        return first_argument(context);
-    const TVDatabase* db = ours->get_object()->get_database();
+    const TVDatabase* db = object.get_database();
     if (db == nullptr)
         return context->throwError(QStringLiteral("Could not locate the overall database."));
     const std::string tag = arg(context, 1);
@@ -593,14 +568,14 @@ void TVDBScriptEngineQt::register_functions()
         const char* name;
         QScriptEngine::FunctionSignature function;
     } functions[] = {
-        {"TVCallSelf", fn_call_self},     {"TVCallParent", fn_call_parent},
-        {"TVCallChild", fn_call_child},   {"TVCallAll", fn_call_all},
-        {"TVCallID", fn_call_id},         {"TVDateCompare", fn_date_compare},
-        {"TVDateEval", fn_date_eval},     {"TVPromptText", fn_prompt_text},
-        {"TVPromptChoice", fn_prompt_choice}, {"TVGuiCall", fn_gui_call},
-        {"TVOpenUrl", fn_open_url},       {"TVGet", fn_get},
-        {"TVSet", fn_set},                {"TVSetSpec", fn_set_spec},
-        {"TVSearchDB", fn_search_db},     {"TVPromptDB", fn_prompt_db},
+        {"TVCallSelf", of_object<fn_call_self>},     {"TVCallParent", of_object<fn_call_parent>},
+        {"TVCallChild", of_object<fn_call_child>},   {"TVCallAll", of_object<fn_call_all>},
+        {"TVCallID", of_object<fn_call_id>},         {"TVDateCompare", of_engine<fn_date_compare>},
+        {"TVDateEval", of_engine<fn_date_eval>},     {"TVPromptText", of_engine<fn_prompt_text>},
+        {"TVPromptChoice", of_engine<fn_prompt_choice>}, {"TVGuiCall", of_engine<fn_gui_call>},
+        {"TVOpenUrl", of_engine<fn_open_url>},       {"TVGet", of_object<fn_get>},
+        {"TVSet", of_object<fn_set>},                {"TVSetSpec", of_object<fn_set_spec>},
+        {"TVSearchDB", of_object<fn_search_db>},     {"TVPromptDB", of_object<fn_prompt_db>},
     };
     QScriptValue global = globalObject();
     for (const auto& entry : functions)

@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <set>
 #include <tuple>
 #include <unordered_map>
 #include <utility>
@@ -285,6 +286,14 @@ int TVDBSync::pull(TVExternalDB& link, bool can_replace, std::string& details)
                 " so merging.");
             replace = false;
         }
+        // A file cut between two objects reads as a whole one; the objects
+        // it lacks would go with a replace. Deleted objects stay in a file
+        // as tombstones, so a live one of ours that theirs lacks altogether
+        // means we merge (at worst an object deleted long ago comes back).
+        if (replace && !holds_all_of_ours(*other)) {
+            log("Their data lacks objects of ours, so merging.");
+            replace = false;
+        }
         if (replace) {
             log("Replacing...");
             details += "Loaded new data file written at " + them.m_writeTime.to_string("%C") + ".\n";
@@ -313,6 +322,33 @@ int TVDBSync::pull(TVExternalDB& link, bool can_replace, std::string& details)
     }
 }
 
+namespace {
+
+// Which object an object is, on every device: its create id and create
+// time. Its id is only where it sits in one copy. The moment alone, not
+// its printed form: printing every create time was most of a merge's cost.
+using Identity = std::tuple<int, int, int, int, int>;
+
+Identity identity(const TVDBObject& object)
+{
+    const TVDate& made = object.get_create_time();
+    return Identity(object.get_create_id(), made.get_year(), made.get_day_of_year(),
+                    made.get_second_of_day(), made.get_microsecond());
+}
+
+} // namespace
+
+bool TVDBSync::holds_all_of_ours(const TVDatabase& other) const
+{
+    std::set<Identity> theirs;
+    for (const TVDBObject* object : other.d->m_objects)
+        theirs.insert(identity(*object));
+    for (const TVDBObject* object : d->m_objects)
+        if (!object->is_deleted() && theirs.count(identity(*object)) == 0)
+            return false;
+    return true;
+}
+
 bool TVDBSync::holds_unwritten(const TVExternalDB& link) const
 {
     // Changed or merged in since the links last got all of this database.
@@ -336,6 +372,12 @@ bool TVDBSync::holds_unwritten(const TVExternalDB& link) const
 // The peer's scratch database is ours to take from: the objects that come
 // in are moved over, not copied. A version read there is what a copy
 // through the serial form would make here, the file version being ours.
+//
+// Two passes. The first decides, for each of their objects, what it is
+// here, and moves any object of ours that sits on the id of a new one of
+// theirs: while only our objects are here, so that the references that
+// follow the move are ours alone, never those of an object of theirs
+// that already came in. The second takes their objects in.
 int TVDBSync::merge(TVDatabase& other, std::string& details)
 {
     try {
@@ -347,56 +389,90 @@ int TVDBSync::merge(TVDatabase& other, std::string& details)
         int added = 0;
         int updated = 0;
         int collisions = 0;
-        // Which object an object is, on every device: its create id and
-        // create time. Its id is only where it sits in one copy.
-        // The moment alone, not its printed form: printing every create
-        // time was most of a merge's cost.
-        using Identity = std::tuple<int, int, int, int, int>;
-        const auto identity = [](const TVDBObject& object) {
-            const TVDate& made = object.get_create_time();
-            return Identity(object.get_create_id(), made.get_year(), made.get_day_of_year(),
-                            made.get_second_of_day(), made.get_microsecond());
-        };
-        std::map<Identity, TVDBObject*> byIdentity;                // made at the first need
-        std::unordered_map<const TVDBObject*, int> position;       // likewise
-        std::vector<bool> taken(static_cast<size_t>(them.m_objects.size()), false);
-        const auto take = [&](int index) {
-            TVDBObject* object = them.m_objects[index];
-            taken[static_cast<size_t>(index)] = true;
+        const size_t count = static_cast<size_t>(them.m_objects.size());
+        // What was taken is ours, however the merge ends: it leaves the
+        // scratch database's array, which frees only the rest.
+        std::vector<bool> taken(count, false);
+        struct Handover {
+            TVDatabase::TVDatabaseImpl& them;
+            const std::vector<bool>& taken;
+            bool done = false;
+            ~Handover() { release(); }
+            void release()
+            {
+                if (done)
+                    return;
+                done = true;
+                TVPtrArray<TVDBObject> left(true);
+                for (int i = 0; i < them.m_objects.size(); ++i)
+                    if (!taken[static_cast<size_t>(i)])
+                        left.add(them.m_objects[i]);
+                them.m_objects.release_all();
+                them.m_map.clear();
+                for (TVDBObject* object : left)
+                    them.m_objects.add(object);
+                left.release_all();
+            }
+        } handover{them, taken};
+
+        // First pass: each of theirs is new here (null) or a version of
+        // one of ours.
+        std::vector<TVDBObject*> mine(count, nullptr);
+        std::map<Identity, TVDBObject*> byIdentity; // made at the first need
+        bool raised = false;
+        for (size_t i = 0; i < count; ++i) {
+            const TVDBObject* theirs = them.m_objects[static_cast<int>(i)];
+            TVDBObject* local = m_db.get_object_by_id(theirs->get_id());
+            if (local != nullptr && identity(*local) == identity(*theirs)) {
+                mine[i] = local;
+                continue;
+            }
+            // Not at the same id here: ours may have been renumbered
+            // before, when two devices gave one id to two objects.
+            if (byIdentity.empty())
+                for (TVDBObject* object : d->m_objects)
+                    byIdentity.emplace(identity(*object), object);
+            const auto found = byIdentity.find(identity(*theirs));
+            if (found != byIdentity.end()) {
+                mine[i] = found->second;
+                continue;
+            }
+            ++(local == nullptr ? added : collisions);
+            if (!raised) {
+                // Ids at or above all of theirs stay free for their objects.
+                for (const TVDBObject* object : them.m_objects)
+                    d->m_uniqueId = std::max(d->m_uniqueId, object->get_id() + 1);
+                d->m_uniqueId = std::max(d->m_uniqueId, them.m_uniqueId);
+                raised = true;
+            }
+            // On a collision theirs keeps its id (the objects that come
+            // with it may refer to it) and ours moves.
+            if (local != nullptr)
+                TV_PASS_ON(m_db.change_id(*local, m_db.allocate_id()));
+        }
+
+        // Second pass: take them in.
+        std::unordered_map<const TVDBObject*, int> position; // made at the first need
+        const auto take = [&](size_t index) {
+            TVDBObject* object = them.m_objects[static_cast<int>(index)];
+            taken[index] = true;
             object->set_parent_ptr(nullptr, &m_db);
             return object;
         };
-        for (int i = 0; i < them.m_objects.size(); ++i) {
-            const TVDBObject* theirs = them.m_objects[i];
-            TVDBObject* local = m_db.get_object_by_id(theirs->get_id());
-            if (local == nullptr || identity(*local) != identity(*theirs)) {
-                // Not at the same id here: ours may have been renumbered
-                // before, when two devices gave one id to two objects.
-                if (byIdentity.empty())
-                    for (TVDBObject* mine : d->m_objects)
-                        byIdentity.emplace(identity(*mine), mine);
-                const auto found = byIdentity.find(identity(*theirs));
-                if (found == byIdentity.end()) {
-                    ++(local == nullptr ? added : collisions);
-                    // Ids at or above theirs stay free for their objects;
-                    // on a collision theirs keeps its id (the objects that
-                    // come with it may refer to it) and ours moves.
-                    const int id = theirs->get_id();
-                    d->m_uniqueId = std::max({d->m_uniqueId, id + 1, them.m_uniqueId});
-                    if (TVDBObject* existing = m_db.get_object_by_id(id))
-                        TV_PASS_ON(m_db.change_id(*existing, m_db.allocate_id()));
-                    TVDBObject* object = take(i);
-                    d->m_objects.add(object);
-                    d->m_map[id] = object;
-                    if (!position.empty())
-                        position[object] = d->m_objects.size() - 1;
-                    byIdentity.clear();
-                    // The stamps stay the other database's; the next write takes it.
-                    object->mark_update();
-                    TV_PASS_ON(m_db.update_vars(id, true));
-                    continue;
-                }
-                local = found->second;
+        for (size_t i = 0; i < count; ++i) {
+            const TVDBObject* theirs = them.m_objects[static_cast<int>(i)];
+            TVDBObject* local = mine[i];
+            if (local == nullptr) {
+                const int id = theirs->get_id();
+                TVDBObject* object = take(i);
+                d->m_objects.add(object);
+                d->m_map[id] = object;
+                if (!position.empty())
+                    position[object] = d->m_objects.size() - 1;
+                // The stamps stay the other database's; the next write takes it.
+                object->mark_update();
+                TV_PASS_ON(m_db.update_vars(id, true));
+                continue;
             }
             if (!(local->get_modify_time() < theirs->get_modify_time()))
                 continue; // the same version, or ours is the later: it stands
@@ -420,21 +496,10 @@ int TVDBSync::merge(TVDatabase& other, std::string& details)
             position.erase(at);
             position[object] = index;
             d->m_map[object->get_id()] = object;
-            if (!byIdentity.empty())
-                byIdentity[identity(*object)] = object;
             object->mark_update();
             ++updated;
         }
-        // What was taken is ours now; the rest goes with the scratch database.
-        TVPtrArray<TVDBObject> left(true);
-        for (int i = 0; i < them.m_objects.size(); ++i)
-            if (!taken[static_cast<size_t>(i)])
-                left.add(them.m_objects[i]);
-        them.m_objects.release_all();
-        them.m_map.clear();
-        for (TVDBObject* object : left)
-            them.m_objects.add(object);
-        left.release_all();
+        handover.release();
         d->m_journal.invalidate();
         if (m_db.get_modify_time() < other.get_modify_time()) {
             TV_PASS_ON(m_db.pull_db_data(other));

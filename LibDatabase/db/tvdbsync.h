@@ -61,6 +61,8 @@ private:
     // this database, or, over restarts, changed after we last wrote to the
     // link or took its whole file (any object, when we did neither).
     bool holds_unwritten(const TVExternalDB& link) const;
+    // Every live object here is in other, deleted or not, by its identity.
+    bool holds_all_of_ours(const TVDatabase& other) const;
     void log(const std::string& text) const;
 
     TVDatabase& m_db;

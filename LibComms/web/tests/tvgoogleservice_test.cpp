@@ -19,6 +19,9 @@
 
 #include <QDirIterator>
 
+#include <csignal>
+#include <sys/resource.h>
+
 #include <functional>
 #include <memory>
 #include <sys/stat.h>
@@ -159,6 +162,27 @@ TEST_F(GoogleServiceTest, ATokenThatRanOutWhileTheProgramWasClosedIsRefreshedWit
     ASSERT_TRUE(settle([this] { return tv_file_exists(m_mirror + "/study@maths"); }));
 }
 
+TEST_F(GoogleServiceTest, ARefreshWithoutANetworkKeepsItsTokenButARefusedOneGoesToTheBrowser)
+{
+    sign_in();
+    restart();
+    m_clock.advance(2 * 3600);
+    m_drive.set_offline(true);
+    (void)m_service->start();
+    ASSERT_TRUE(settle([this] { return !m_service->signing_in(); }));
+    m_drive.set_offline(false);
+    sign_in();
+    EXPECT_EQ(m_drive.browser_opens(), 1);
+
+    restart();
+    m_clock.advance(2 * 3600);
+    m_drive.revoke_consent();
+    sign_in();
+    EXPECT_EQ(m_drive.browser_opens(), 2);
+    EXPECT_EQ(m_drive.grants().join(' ').toStdString(),
+              "authorization_code refresh_token refresh_token authorization_code");
+}
+
 TEST_F(GoogleServiceTest, ARefusedListSignsInAgainAndTheNextPollGoesThrough)
 {
     sign_in();
@@ -236,6 +260,34 @@ TEST_F(GoogleServiceTest, ANetworkThatFailsLeavesTheWorkForTheNextPoll)
     poll();
     ASSERT_TRUE(quiet());
     EXPECT_EQ(mirror("study@maths"), "study\n");
+}
+
+// A download that can't be written whole (the disk full) keeps the last
+// whole copy in the mirror and is fetched again; it is never left cut.
+TEST_F(GoogleServiceTest, ADownloadThatCantBeWrittenKeepsTheLastWholeCopy)
+{
+    write_mirror("study@maths", "study, the copy we have\n", -60000);
+    TVWebFile file(m_mirror + "/study@maths");
+    file.update_remote("f1", at(5000));
+    ASSERT_TRUE(file.needs_pull());
+    int result = TVErrC_ok;
+    {
+        struct rlimit before {};
+        ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+        struct rlimit small = before;
+        small.rlim_cur = 8;
+        const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+        ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+        result = file.complete_pull("study, a later copy from Drive\n");
+        setrlimit(RLIMIT_FSIZE, &before);
+        std::signal(SIGXFSZ, handler);
+    }
+    EXPECT_TRUE(istvwarn(result));
+    get_tverror()->clear_all();
+    EXPECT_EQ(mirror("study@maths"), "study, the copy we have\n");
+    EXPECT_FALSE(tv_file_exists(m_mirror + "/.study@maths.download"));
+    EXPECT_TRUE(file.needs_pull());
+    EXPECT_FALSE(file.needs_push());
 }
 
 TEST_F(GoogleServiceTest, PollingBacksOffFromTenSecondsToTwoMinutesAndComesBackOnADownload)

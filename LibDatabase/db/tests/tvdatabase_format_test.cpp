@@ -242,6 +242,30 @@ TEST_F(DatabaseFormatTest, PartialBlocksAlreadySavedAreSkippedAndLaterOnesReplac
     EXPECT_EQ(db->get_nobjects(), 1);
 }
 
+TEST_F(DatabaseFormatTest, ADamagedSessionFileThatCantBeCutBackStopsTheLoadAsItWas)
+{
+    std::string partial;
+    {
+        std::unique_ptr<TVDatabase> db = reopen();
+        ASSERT_EQ(add(*db, "a"), TVErrC_ok);
+        ASSERT_EQ(db->save(true, true, false), TVErrC_ok);
+        ASSERT_EQ(add(*db, "b"), TVErrC_ok);
+        partial = db->get_partial_filename();
+    }
+    const std::string whole = slurp(partial);
+    const std::string before = whole.substr(0, whole.size() - 5);
+    spill(partial, before);
+    TVFileFaults stuck([&](TVFileFaults::E_FileOp op, const std::string& path, const std::string&) {
+        return op == TVFileFaults::E_OpWrite && path == partial;
+    });
+    TVDatabase db;
+    db.set_app_type(C_AppType);
+    EXPECT_TRUE(istvwarn(db.load(m_file, false, "", true, true, false)));
+    EXPECT_NE(take_messages().find("Could not cut the damaged session file " + partial),
+              std::string::npos);
+    EXPECT_EQ(slurp(partial), before);
+}
+
 // Leftovers of a session and a session file that won't open stop the load
 // with their own codes, so that the user can be asked; nothing is lost.
 TEST_F(DatabaseFormatTest, LeftoversAndAnUnopenableSessionFileStopTheLoadForTheUser)

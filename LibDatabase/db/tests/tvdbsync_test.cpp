@@ -179,6 +179,25 @@ TEST_F(SyncTest, FirstPullReplacesUnlessSomethingOfOursIsNotInTheirs)
     EXPECT_FALSE(tv_file_exists(m_share + "/kitchen@maths.bk0"));
 }
 
+TEST_F(SyncTest, APeerFileCutBetweenObjectsIsMergedNeverTakenWhole)
+{
+    Device& kitchen = device("kitchen");
+    Device& study = device("study");
+    be(kitchen);
+    ASSERT_EQ(add(*kitchen.db, "tables"), TVErrC_ok);
+    ASSERT_EQ(add(*kitchen.db, "bonds"), TVErrC_ok);
+    push(kitchen);
+    EXPECT_EQ(pull(study), 2);
+    rename(study, "tables", "tables 7");
+    push(study);
+    // A copier shows half the file, cut where the last object starts: it
+    // reads, and it says it holds the kitchen's latest write.
+    const std::string whole = slurp(m_share + "/study@maths");
+    spill(m_share + "/study@maths", whole.substr(0, whole.rfind("@O:\n{TVDBTestNode")));
+    pull(kitchen);
+    EXPECT_EQ(names(*kitchen.db), (std::set<std::string>{"tables 7", "bonds"}));
+}
+
 TEST_F(SyncTest, SameObjectChangedOnTwoDevicesTakesTheLaterChangeOnBoth)
 {
     Device& kitchen = device("kitchen");
@@ -223,6 +242,32 @@ TEST_F(SyncTest, TwoObjectsUnderOneIdBothSurviveOnEveryDevice)
         logs += tvlog()->read(TVDatabase::C_DatabaseService);
     }
     EXPECT_NE(logs.find("Collisions: 1"), std::string::npos) << logs;
+}
+
+// An incoming object keeps what it refers to when another incoming object
+// then takes the id of one of ours: here a child that came before its
+// parent in the peer's file, with both ids used here by other objects.
+TEST_F(SyncTest, IncomingChildKeepsItsParentWhenThatParentsIdWasOurs)
+{
+    Device& kitchen = device("kitchen");
+    Device& study = device("study");
+    be(kitchen);
+    ASSERT_EQ(add(*kitchen.db, "sum"), TVErrC_ok);
+    ASSERT_EQ(add(*kitchen.db, "set"), TVErrC_ok);
+    TVDBTestNode* sum = live(kitchen, "sum");
+    ASSERT_EQ(kitchen.db->reparent(sum, live(kitchen, "set"), TVDBTestNode::C_KidsTag), TVErrC_ok);
+    sum->mark_changed(TVLOCATION, true);
+    ASSERT_EQ(kitchen.db->complete_operation("Move"), TVErrC_ok);
+    be(study);
+    ASSERT_EQ(add(*study.db, "mine"), TVErrC_ok);
+    ASSERT_EQ(add(*study.db, "other"), TVErrC_ok);
+    push(kitchen);
+    EXPECT_EQ(pull(study), 3);
+
+    EXPECT_EQ(names(*study.db), (std::set<std::string>{"mine", "other", "set", "sum"}));
+    ASSERT_NE(live(study, "sum"), nullptr);
+    EXPECT_EQ(live(study, "sum")->get_parent(), live(study, "set"));
+    EXPECT_EQ(live(study, "mine")->get_parent(), nullptr);
 }
 
 // What must not come in: half a file, a damaged one, another program's
