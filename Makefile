@@ -76,12 +76,12 @@ screenshots: configure
 	  $(BUILD)/bin/tarvello-maths-screenshots $(BUILD)/screenshots
 
 # The libFuzzer targets of the serial form, the date language, the
-# repeat rules' stored text and the spec language, built with clang in a
-# configuration of their own. Each runs on past a crash so that one fault
-# doesn't hide the next, then the target fails listing every crash input
-# found (in build-fuzz/artifacts); copy one, once fixed, into its fuzzer's
-# corpus folder to keep it as a test of make check. New inputs gather in
-# build-fuzz/corpus*.
+# repeat rules' stored text, the spec language and the query language,
+# built with clang in a configuration of their own. Each runs on past a
+# crash so that one fault doesn't hide the next, then the target fails
+# listing every crash input found (in build-fuzz/artifacts); copy one, once
+# fixed, into its fuzzer's corpus folder to keep it as a test of make
+# check. New inputs gather in build-fuzz/corpus*.
 FUZZ := build-fuzz
 FUZZ_SECONDS ?= 60
 FUZZ_FLAGS := -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined -fno-omit-frame-pointer
@@ -89,7 +89,7 @@ FUZZ_FLAGS := -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=
 fuzz: setup
 	@cmake -S . -B $(FUZZ) -G Ninja -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 	  -DTV_TESTS=OFF -DTV_FUZZ=ON "-DCMAKE_CXX_FLAGS=$(FUZZ_FLAGS)" >/dev/null
-	@cmake --build $(FUZZ) --target tvserial_fuzzer tvdate_fuzzer tvdaterepeat_fuzzer tvspec_fuzzer -j $(JOBS)
+	@cmake --build $(FUZZ) --target tvserial_fuzzer tvdate_fuzzer tvdaterepeat_fuzzer tvspec_fuzzer tvquery_fuzzer -j $(JOBS)
 	@rm -rf $(FUZZ)/artifacts && mkdir -p $(FUZZ)/corpus $(FUZZ)/artifacts
 	@$(FUZZ)/bin/tvserial_fuzzer -fork=1 -ignore_crashes=1 -max_total_time=$(FUZZ_SECONDS) -max_len=4096 \
 	  -dict=LibObject/object/fuzz/serial.dict -artifact_prefix=$(FUZZ)/artifacts/ \
@@ -110,11 +110,17 @@ fuzz: setup
 	  -dict=LibDatabase/db/fuzz/spec.dict -artifact_prefix=$(FUZZ)/artifacts/spec- \
 	  $(FUZZ)/corpus-spec LibDatabase/db/fuzz/corpus 2>$(FUZZ)/fuzz-spec.log || (tail -20 $(FUZZ)/fuzz-spec.log; exit 1)
 	@tail -1 $(FUZZ)/fuzz-spec.log
+	@mkdir -p $(FUZZ)/corpus-query
+	@$(FUZZ)/bin/tvquery_fuzzer -fork=1 -ignore_crashes=1 -max_total_time=$(FUZZ_SECONDS) -max_len=4096 \
+	  -dict=LibDatabase/db/fuzz/query.dict -artifact_prefix=$(FUZZ)/artifacts/query- \
+	  $(FUZZ)/corpus-query LibDatabase/db/fuzz/corpus-query 2>$(FUZZ)/fuzz-query.log || (tail -20 $(FUZZ)/fuzz-query.log; exit 1)
+	@tail -1 $(FUZZ)/fuzz-query.log
 	@if ls $(FUZZ)/artifacts | grep -q .; then \
 	  echo "make fuzz: inputs that break the property (replay one: $(FUZZ)/bin/tvserial_fuzzer <file>,"; \
 	  echo "tvdate_fuzzer for the date- files, tvdaterepeat_fuzzer for the repeat- files,"; \
-	  echo "tvspec_fuzzer for the spec- files; keep a fixed one in LibDate/date/fuzz/corpus,"; \
-	  echo "corpus-repeat or LibDatabase/db/fuzz/corpus):"; \
+	  echo "tvspec_fuzzer for the spec- files, tvquery_fuzzer for the query- files; keep a"; \
+	  echo "fixed one in LibDate/date/fuzz/corpus, corpus-repeat, LibDatabase/db/fuzz/corpus"; \
+	  echo "or corpus-query):"; \
 	  ls -1 $(FUZZ)/artifacts/*; exit 1; \
 	fi
 

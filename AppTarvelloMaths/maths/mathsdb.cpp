@@ -3,6 +3,7 @@
 #include "LibCore/fileutils/tvdirectory.h"
 #include "LibCore/fileutils/tvfileutils.h"
 #include "LibCore/log/tvdump.h"
+#include "LibCore/textstr/tvtextstr.h"
 #include "LibDate/core/tvdateutils.h"
 #include "LibObject/object/tvobjectprereg.h"
 #include "LibObject/object/tvsrlvaluevector.h"
@@ -654,5 +655,75 @@ int MathsDB::next_image(std::string& out)
         m_currentImage = candidates.front();
     }
     out = m_currentImage;
+    return TVErrC_ok;
+}
+
+// ---- Queries --------------------------------------------------------------------------
+
+namespace {
+// Dates as the date language reads them back, so that a condition's
+// MinDate and a date column compare them.
+constexpr const char* C_QueryDateFormat = "%Y-%m-%d %H:%M:%S";
+
+std::string seconds_text(const TVDuration& duration)
+{
+    return tv_sprintf("%.1f", duration.get_as_dseconds());
+}
+} // namespace
+
+int MathsDB::query_value(const std::vector<TVDBObject*>& chain, const std::string& field,
+                         std::string& out) const
+{
+    if (chain.empty())
+        return TVErrC_ok;
+    const TVDBObject* object = chain.front();
+    if (const auto* exercise = dynamic_cast<const Exercise*>(object)) {
+        if (field == "Name")
+            out = exercise->get_name();
+        else if (field == "Type")
+            out = Exercise::get_types().get_id_name(TVId(exercise->get_type(), -1, -1));
+        else if (field == "Number")
+            out = std::to_string(exercise->get_number());
+        else if (field == "Minimum")
+            out = std::to_string(exercise->get_minimum());
+        else if (field == "Maximum")
+            out = std::to_string(exercise->get_maximum());
+        else if (field == "Values")
+            out = exercise->get_values();
+        else if (field == "Active")
+            out = exercise->get_active() ? "1" : "0";
+        else if (field == "Best") {
+            const TVDuration best = get_best_time(exercise->get_id(), -1);
+            out = best > TVDuration() ? seconds_text(best) : std::string();
+        } else
+            return TVErrC_ok;
+        return TVErrC_okHandled;
+    }
+    if (const auto* go = dynamic_cast<const Go*>(object)) {
+        if (field == "Exercise") {
+            const Exercise* exercise = get_exercise_id(go->get_exercise());
+            out = exercise != nullptr ? exercise->get_name() : std::string();
+        } else if (field == "Start") {
+            out = go->get_time().get_start().to_string(C_QueryDateFormat);
+        } else if (field == "Time") {
+            out = go->get_time().is_ok() ? seconds_text(go->get_duration()) : std::string();
+        } else if (field == "Complete") {
+            out = go->is_complete() ? "1" : "0";
+        } else {
+            return TVErrC_ok;
+        }
+        return TVErrC_okHandled;
+    }
+    if (const auto* session = dynamic_cast<const Session*>(object)) {
+        if (field == "Start")
+            out = session->get_start().to_string(C_QueryDateFormat);
+        else if (field == "Complete")
+            out = session->get_complete() ? "1" : "0";
+        else if (field == "Runs")
+            out = std::to_string(session->get_ngos());
+        else
+            return TVErrC_ok;
+        return TVErrC_okHandled;
+    }
     return TVErrC_ok;
 }

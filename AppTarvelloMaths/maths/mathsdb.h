@@ -65,6 +65,15 @@ public:
     [[nodiscard]] int recalculate(E_RecalcLevel level) override;
     // An empty MathsDB of that type; the caller owns it.
     TVDatabase* create_verification_db(const std::string& app_type) const override;
+    // The values that queries read, which live in compiled fields:
+    //   Exercise  Name, Type (its text), Number, Minimum, Maximum, Values,
+    //             Active (1 or 0), Best (seconds of the best run, "" if none)
+    //   Go        Exercise (its name), Start (%Y-%m-%d %H:%M:%S), Time
+    //             (seconds, "" until timed), Complete (1 or 0)
+    //   Session   Start, Complete, Runs (how many)
+    // Anything else is left to the framework.
+    [[nodiscard]] int query_value(const std::vector<TVDBObject*>& chain,
+                                  const std::string& field, std::string& out) const override;
 
     void set_defaults(bool constructing);
 

@@ -17,6 +17,8 @@
 #include "LibCore/log/tvlog.h"
 #include "LibObject/object/tvsrlobjectarray.h"
 #include "LibDatabase/db/tvdbwriter.h"
+#include "LibCore/error/tverrdetails.h"
+#include "LibDatabase/db/tvquery.h"
 
 #include "LibComms/thread/tvmutexlocker.h"
 #include "LibCore/fileutils/tvfileutils.h"
@@ -91,6 +93,7 @@ TVDatabase::TVDatabase() : d(std::make_unique<TVDatabaseImpl>())
     set_id(id, TVDateUtils::now(), true);
     add_container(*d->m_specs);
     add_container(*d->m_notes);
+    add_container(*d->m_queries);
     register_tvobject();
 }
 
@@ -107,11 +110,14 @@ void TVDatabase::set_defaults(bool constructing)
     const int id = get_id();
     std::unique_ptr<TVDBContainer<TVObjectSpec>> specs = std::move(d->m_specs);
     std::unique_ptr<TVDBContainer<TVDBNote>> notes = std::move(d->m_notes);
+    std::unique_ptr<TVDBContainer<TVQuery>> queries = std::move(d->m_queries);
     d = std::make_unique<TVDatabaseImpl>();
     (void)specs->clear();
     (void)notes->clear();
+    (void)queries->clear();
     d->m_specs = std::move(specs);
     d->m_notes = std::move(notes);
+    d->m_queries = std::move(queries);
     d->m_writeTime = TVDateUtils::blank_date();
     d->m_uniqueId = id + 1;
 }
@@ -932,9 +938,58 @@ int TVDatabase::get_import_count() const
 int TVDatabase::validate_queries(std::string& script, int& line, std::string& message) const
 {
     script.clear();
-    line = 0;
+    line = -1;
     message.clear();
-    return TVErrC_NotAvailable;
+    for (const TVQuery* query : get_queries()) {
+        // A copy, so that checking leaves the stored query as it was.
+        TVQuery scratch(*query);
+        const int result = scratch.parse(false, &line);
+        if (istvwarn(result)) {
+            script = query->get_name();
+            const TVErrDetails* details = get_tverror()->error_count() > 0
+                                              ? get_tverror()->error_at(0)
+                                              : nullptr;
+            if (details != nullptr)
+                message = details->get_details(TVAspectUser);
+            return tv_trail_return(result, TVLOCATION);
+        }
+    }
+    return TVErrC_ok;
+}
+
+// ---- Queries ------------------------------------------------------------------------
+
+TVQuery* TVDatabase::create_query() const
+{
+    return new TVQuery;
+}
+
+int TVDatabase::add_query(TVQuery* query, const std::string& operation)
+{
+    return add_object(query, this, C_QueryTag, C_QueryTag, -1, operation);
+}
+
+TVQuery* TVDatabase::get_query_by_name(const std::string& name) const
+{
+    for (TVQuery* query : *d->m_queries)
+        if (!query->is_deleted() && query->get_name() == name)
+            return query;
+    return nullptr;
+}
+
+std::vector<TVQuery*> TVDatabase::get_queries() const
+{
+    std::vector<TVQuery*> queries;
+    for (TVQuery* query : *d->m_queries)
+        if (!query->is_deleted())
+            queries.push_back(query);
+    return queries;
+}
+
+int TVDatabase::query_value(const std::vector<TVDBObject*>&, const std::string&,
+                            std::string&) const
+{
+    return TVErrC_ok;
 }
 
 int TVDatabase::periodic_check(long seconds, bool force, std::vector<TVCheckIssue>& issues)

@@ -47,6 +47,7 @@ class TVDBChecker;
 class TVDBNote;
 class TVExternalDB;
 class TVObjectSpec;
+class TVQuery;
 
 class TVDatabase : public TVThread, public virtual TVDBObject
 {
@@ -299,14 +300,33 @@ public:
 
     // The ".tvo" spec file (doc/schema-language.md). export_specs writes
     // every spec whole or not at all; import_specs takes the file's specs
-    // in by name (text only: compile and apply after); validate_specfile
-    // tries the file on a scratch copy of the specs; do_import validates,
-    // imports, compiles and applies as one operation. A file holding a
-    // query ("<") is refused: queries are not in this build.
+    // in by name (text only: compile and apply after), and its queries
+    // ("<" NAME ... ">") by name, parsed; validate_specfile tries the file
+    // on a scratch copy of the specs; do_import validates, imports,
+    // compiles and applies as one operation.
     [[nodiscard]] int export_specs(const std::string& path) const;
     [[nodiscard]] int import_specs(const std::string& path);
     [[nodiscard]] int validate_specfile(const std::string& path) const;
     [[nodiscard]] int do_import(const std::string& file);
+
+    // ---- Queries (TVQuery, tvquery.h) -----------------------------------------
+    //
+    // Queries are objects of the database (container tag C_QueryTag).
+
+    // An empty query of the application's class; the caller owns it.
+    virtual TVQuery* create_query() const;
+    // Takes query (owned from here on, also on failure) as a child of the database.
+    [[nodiscard]] int add_query(TVQuery* query, const std::string& operation);
+    // Live queries only; null when there is none.
+    TVQuery* get_query_by_name(const std::string& name) const;
+    std::vector<TVQuery*> get_queries() const;
+    // The application's answer to a query asking for field of the first
+    // object of chain (its compiled values, which no spec describes):
+    // TVErrC_okHandled with out filled, TVErrC_okFailed for an object that
+    // has no such value, TVErrC_ok to leave it to the variables. Here
+    // always TVErrC_ok.
+    [[nodiscard]] virtual int query_value(const std::vector<TVDBObject*>& chain,
+                                          const std::string& field, std::string& out) const;
 
     // Gives from the values of to's variables that from lacks or holds
     // empty; from's own values stay (merge_objects).
@@ -516,8 +536,8 @@ public:
     // TVErrC_ok when every object spec compiled at its last compile;
     // otherwise the first failure's message, as a warning for the user.
     [[nodiscard]] virtual int validate_specs() const;
-    // TVErrC_ok when every script parses; otherwise the first failure's
-    // script name, line and message.
+    // TVErrC_ok when every query parses; otherwise the first failure's
+    // query name, line and message, and its warning.
     [[nodiscard]] virtual int validate_queries(std::string& script, int& line,
                                                std::string& message) const;
 

@@ -18,6 +18,7 @@
 #include "LibDatabase/db/tvdbindex.h"
 #include "LibDatabase/db/tvexternaldb.h"
 #include "LibDatabase/db/tvobjectspec.h"
+#include "LibDatabase/db/tvquery.h"
 #include "LibDate/core/tvdate.h"
 
 #include <atomic>
@@ -90,6 +91,9 @@ struct TVDatabase::TVDatabaseImpl {
     // that the registration with the database outlives a set_defaults.
     std::unique_ptr<TVDBContainer<TVObjectSpec>> m_specs{
         std::make_unique<TVDBContainer<TVObjectSpec>>(C_SpecTag)};
+    // The queries, as the database's children of C_QueryTag, likewise.
+    std::unique_ptr<TVDBContainer<TVQuery>> m_queries{
+        std::make_unique<TVDBContainer<TVQuery>>(C_QueryTag)};
 
     // The notes, as the database's children of C_NoteTag; kept like m_specs.
     std::unique_ptr<TVDBContainer<TVDBNote>> m_notes{

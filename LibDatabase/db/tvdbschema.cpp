@@ -6,6 +6,8 @@
 #include "LibDatabase/db/tvdbwritefile.h"
 #include "LibDatabase/db/tvobjectspec.h"
 #include "LibDatabase/db/tvobjectspecchild.h"
+#include "LibDatabase/db/tvquery.h"
+#include "LibDatabase/db/tvqueryparser.h"
 #include "LibDatabase/db/tvresolvecontainers.h"
 #include "LibDatabase/db/tvspecparser.h"
 #include "LibDatabase/db/tvvariable.h"
@@ -618,6 +620,8 @@ int TVDBSchema::export_specs(const std::string& path) const
     std::ostringstream text;
     for (const TVObjectSpec* spec : get_specs(true))
         spec->export_spec(text);
+    for (const TVQuery* query : m_db.get_queries())
+        query->export_query(text);
     return tv_db_save_file(path, text.str());
 }
 
@@ -630,6 +634,7 @@ int TVDBSchema::import_specs(const std::string& path)
         std::string raw;
         int line = 0;
         bool inside = false;
+        bool isQuery = false;
         int first = 0;
         std::string name;
         std::string text;
@@ -639,7 +644,10 @@ int TVDBSchema::import_specs(const std::string& path)
             ++line;
             const std::string bare = trimmed(raw);
             if (inside) {
-                if (bare == specEnd) {
+                if (isQuery && bare == TVQueryParser::C_ExportQueryEnd) {
+                    inside = false;
+                    TV_PASS_ON(take_query(name, text, path, first));
+                } else if (!isQuery && bare == specEnd) {
                     inside = false;
                     TVObjectSpec* spec = m_db.get_objectspec_by_name(name);
                     if (spec == nullptr) {
@@ -661,20 +669,19 @@ int TVDBSchema::import_specs(const std::string& path)
                     return tvwarnuser(TVErrC_StringNull, TVLOCATION,
                                       "(%s:%d): error: Empty spec name.", file, line);
                 inside = true;
+                isQuery = false;
                 first = line;
                 text.clear();
-            } else if (bare[0] == '<') {
-                // Queries come with their own language; until it is here a
-                // file that holds one is refused whole, not half read.
+            } else if (bare[0] == TVQueryParser::C_ExportQueryStart[0]) {
                 name = trimmed(bare.substr(1));
                 if (name.empty())
                     return tvwarnuser(TVErrC_StringNull, TVLOCATION,
                                       "(%s:%d): error: Empty query name.", file, line);
-                return tvwarnuser(TVDatabase::TVErrC_NotAvailable, TVLOCATION,
-                                  "(%s:%d): error: The query \"%s\" can't be read: queries are "
-                                  "not available in this version.",
-                                  file, line, name.c_str());
-            } else if (bare == specEnd || bare == ">") {
+                inside = true;
+                isQuery = true;
+                first = line;
+                text.clear();
+            } else if (bare == specEnd || bare == TVQueryParser::C_ExportQueryEnd) {
                 return tvwarnuser(TVErrC_FileLineInvalid, TVLOCATION,
                                   "(%s:%d): error: Extra \"%s\" tag.", file, line, bare.c_str());
             } else {
@@ -690,6 +697,21 @@ int TVDBSchema::import_specs(const std::string& path)
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
+}
+
+int TVDBSchema::take_query(const std::string& name, const std::string& text,
+                           const std::string& path, int first)
+{
+    TVQuery* query = m_db.get_query_by_name(name);
+    if (query == nullptr) {
+        query = m_db.create_query();
+        query->set_name(name);
+        TV_PASS_ON(m_db.add_query(query, ""));
+    }
+    query->set_text(text);
+    query->set_file_info(path, first);
+    // A text that fails stays on the query, for the user to mend.
+    return query->parse(false, nullptr);
 }
 
 int TVDBSchema::validate_specfile(const std::string& path) const

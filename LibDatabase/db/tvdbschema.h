@@ -67,6 +67,10 @@ private:
     [[nodiscard]] int compile(TVObjectSpec& spec, int* error_line, std::vector<std::string>& active);
     // The spec that object follows (or would: "Default" for none).
     const TVObjectSpec* spec_of(const TVDBObject& object) const;
+    // A query of the file: the one of that name takes the text, or a new
+    // one is added; then it is parsed.
+    [[nodiscard]] int take_query(const std::string& name, const std::string& text,
+                                 const std::string& path, int first);
 
     TVDatabase& m_db;
 };

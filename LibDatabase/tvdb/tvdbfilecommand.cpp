@@ -74,15 +74,20 @@ int TVDBFileCommand::run(const std::vector<std::string>& args, std::ostream& out
         }
         const std::vector<std::string> own = value_options();
         const bool ownOption = std::find(own.begin(), own.end(), arg) != own.end();
-        if (arg == "--app" || ownOption) {
+        const std::vector<std::string> flags = flag_options();
+        if (std::find(flags.begin(), flags.end(), arg) != flags.end()) {
+            m_options[arg] = "1";
+        } else if (arg == "--app" || ownOption) {
             if (i + 1 >= args.size()) {
                 err << "tvdb " << name() << ": option '" << arg << "' needs a value\n";
                 return C_ExitUsage;
             }
-            if (ownOption)
-                m_options[arg] = args[++i];
-            else
+            if (ownOption) {
+                m_options[arg] = args[i + 1];
+                m_optionList.emplace_back(arg, args[++i]);
+            } else {
                 app = args[++i];
+            }
         } else if (arg.size() > 1 && arg[0] == '-') {
             err << "tvdb " << name() << ": unknown option '" << arg << "' (see tvdb " << name()
                 << " --help)\n";

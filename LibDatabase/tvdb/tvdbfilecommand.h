@@ -22,6 +22,7 @@
 #include "LibDatabase/tvdb/tvdbcommand.h"
 
 #include <map>
+#include <utility>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,9 @@ protected:
     // The options (beyond --app) that take a value; run_loaded finds the
     // values given in m_options.
     virtual std::vector<std::string> value_options() const { return {}; }
+    // The options that take no value; run_loaded finds each given one in
+    // m_options with the value "1".
+    virtual std::vector<std::string> flag_options() const { return {}; }
     // Before the file is loaded, with the application object in place: a
     // status other than C_ExitOk ends the command there.
     virtual int prepare(TVApplication& application, const std::string& file, std::ostream& err)
@@ -61,6 +65,8 @@ protected:
     static std::string take_messages();
 
     std::map<std::string, std::string> m_options;
+    // Every value option as given, in order, for those that may repeat.
+    std::vector<std::pair<std::string, std::string>> m_optionList;
 };
 
 #endif // TVDBFILECOMMAND_H

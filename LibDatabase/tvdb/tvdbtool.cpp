@@ -8,6 +8,7 @@
 #include "LibDatabase/tvdb/tvdbexportcommand.h"
 #include "LibDatabase/tvdb/tvdbimportcommand.h"
 #include "LibDatabase/tvdb/tvdblogcommand.h"
+#include "LibDatabase/tvdb/tvdbquerycommand.h"
 #include "LibDatabase/tvdb/tvdbrepeatcommand.h"
 #include "LibDatabase/tvdb/tvdbspeccommand.h"
 #include "LibDatabase/tvdb/tvdbscriptcommand.h"
@@ -27,6 +28,7 @@ std::vector<std::unique_ptr<TVDBCommand>> make_commands(const TVDBToolRegistry& 
     commands.push_back(std::make_unique<TVDBCheckCommand>());
     commands.push_back(std::make_unique<TVDBDumpCommand>());
     commands.push_back(std::make_unique<TVDBLogCommand>());
+    commands.push_back(std::make_unique<TVDBQueryCommand>());
     commands.push_back(std::make_unique<TVDBRepeatCommand>());
     commands.push_back(std::make_unique<TVDBSpecCommand>());
     commands.push_back(std::make_unique<TVDBSyncCommand>());

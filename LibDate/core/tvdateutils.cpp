@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <ctime>
 #include <mutex>
+#include <string>
+#include <unordered_map>
 
 #include "LibCore/textstr/tvtextstr.h"
 #include "LibDate/core/tvdatedetails.h"
@@ -77,8 +79,34 @@ const int* month_table(long year)
                                                              : TVDate::C_DaysInMonth;
 }
 
-// The C library's view of 12:00 of that local day.
+// The C library's view of 12:00 of that local day. mktime reads the zone
+// file again at every call, which made showing a date cost some 10 us, so
+// the answers are kept per thread for as long as TZ says the same.
+constexpr size_t C_DstCacheDays = 4096;
+
+bool noon_is_dst_uncached(int year, int month, int day);
+
 bool noon_is_dst(int year, int month, int day)
+{
+    thread_local std::unordered_map<long, bool> known;
+    thread_local std::string zone;
+    const char* tz = std::getenv("TZ");
+    if (zone != (tz != nullptr ? tz : "\n")) {
+        zone = tz != nullptr ? tz : "\n"; // a TZ of one newline stands for none
+        known.clear();
+    }
+    if (known.size() >= C_DstCacheDays)
+        known.clear();
+    const long key = (static_cast<long>(year) * 12 + month) * 31 + day;
+    const auto found = known.find(key);
+    if (found != known.end())
+        return found->second;
+    const bool dst = noon_is_dst_uncached(year, month, day);
+    known.emplace(key, dst);
+    return dst;
+}
+
+bool noon_is_dst_uncached(int year, int month, int day)
 {
     std::tm parts{};
     bool known = year >= C_FirstMktimeYear && year <= C_LastMktimeYear;

@@ -2,7 +2,7 @@
 // temporary folder, as the maths program would, its latest work only in
 // the partial file; then read by the built tool without any option.
 
-#include "AppTarvelloMaths/maths/mathsdb.h"
+#include "AppTarvelloMaths/tools/tests/mathsfiletest.h"
 
 #include "AppTarvelloMaths/maths/exercise.h"
 #include "AppTarvelloMaths/maths/go.h"
@@ -26,65 +26,9 @@
 
 namespace {
 
-constexpr long C_Day = 86400;
-
-class MathsReportTest : public TVQuietErrorTest
+class MathsReportTest : public MathsFileTest
 {
 protected:
-    void SetUp() override
-    {
-        TVQuietErrorTest::SetUp();
-        ASSERT_TRUE(m_dir.isValid());
-        // The tool inherits these, so it finds the side files where we left them.
-        const std::string root = m_dir.path().toStdString();
-        qputenv("XDG_DATA_HOME", QByteArray::fromStdString(root + "/data"));
-        qputenv("XDG_CACHE_HOME", QByteArray::fromStdString(root + "/cache"));
-        m_file = root + "/progress" + MathsDB::C_FileExtension;
-    }
-
-    // Answers every question of go but the last `leave`, `seconds` apart;
-    // the clock starts at the first answer, so a whole run of n questions
-    // lasts (n - 1) * seconds.
-    void answer(Go& go, double seconds, int leave = 0)
-    {
-        ASSERT_EQ(m_db->fill_questions(go), TVErrC_ok);
-        go.restart();
-        const long whole = static_cast<long>(seconds);
-        const int micro = static_cast<int>((seconds - whole) * 1e6 + 0.5);
-        for (int i = 0; i + leave < go.get_nquestions(); ++i) {
-            m_clock.advance(whole, micro);
-            Question* question = go.get_question_no(i);
-            ASSERT_EQ(question->set_answer(question->solution_text(), true), TVErrC_okFinished);
-            go.update(true);
-        }
-        ASSERT_EQ(go.is_complete(), leave == 0);
-    }
-
-    // The session's open run of exercise.
-    Go& open_go(int exercise)
-    {
-        const Session* session = m_db->current_session();
-        for (int i = 0; session != nullptr && i < session->get_ngos(); ++i) {
-            Go* go = m_db->get_go_id(session->get_go_no(i));
-            if (go != nullptr && go->get_exercise() == exercise && !go->is_complete())
-                return *go;
-        }
-        ADD_FAILURE() << "no open run of exercise " << exercise;
-        static Go none;
-        return none;
-    }
-
-    int add_exercise(const std::string& name, int type)
-    {
-        Exercise* exercise = nullptr;
-        EXPECT_EQ(m_db->create_exercise(exercise), TVErrC_ok);
-        exercise->set_type(type);
-        exercise->set_value(3, true);
-        exercise->set_number(2);
-        exercise->set_name(name);
-        return exercise->get_id();
-    }
-
     // Day one: three exercises, two of them done; saved. Day two: Division
     // retired, Zoë's sums new, Tables done twice and Adding begun; these
     // live only in the partial file, in the maths program's own folders.
@@ -138,10 +82,6 @@ protected:
         return files;
     }
 
-    TestClock m_clock{1717329600}; // 2 June 2024 12:00 GMT
-    QTemporaryDir m_dir;
-    std::string m_file;
-    std::unique_ptr<MathsDB> m_db;
 };
 
 TEST_F(MathsReportTest, ReportShowsEachExerciseAndTheSession)

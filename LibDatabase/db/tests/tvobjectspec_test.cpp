@@ -460,9 +460,7 @@ TEST_F(ObjectSpecTest, BadSpecFilesAreRefusedWithTheirLine)
         {"\n{   \n}\n", "(FILE:2): error: Empty spec name."},
         {"{Book\n}\n}\n", "(FILE:3): error: Extra \"}\" tag."},
         {"{Book\n$<A> = init();\n", "(FILE:2): error: Unterminated spec \"Book\""},
-        {"<Overdue\n$<Due> < today\n>\n",
-         "(FILE:1): error: The query \"Overdue\" can't be read: queries are not available in "
-         "this version."},
+        {"<Overdue\n$<Due> < today\n>\n", "FILE:2: error  Unknown symbol \"$\""},
         {"{Book\n\n$<A> = nothing();\n}\n", "FILE:3: error  invalid value \"nothing\" after assignment."},
         {"{Book\n$[Page] = ${Leaf};\n}\n", "Child Spec Error: FILE:2 Could not find child spec name Leaf."},
     };

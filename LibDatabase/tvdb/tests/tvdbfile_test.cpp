@@ -141,7 +141,7 @@ TEST_F(TVDBFileCommandTest, FilesThatDontLoadFailWithTheirName)
         QFile::remove(QString::fromStdString(m_file));
         if (row.m_text != nullptr)
             spill(row.m_text);
-        for (const char* command : {"check", "dump", "log"}) {
+        for (const char* command : {"check", "dump", "log", "query"}) {
             TVDBRun run = run_tvdb({command, m_file});
             EXPECT_EQ(1, run.m_exitCode) << row.m_name << " " << command;
             EXPECT_EQ("", run.m_out) << row.m_name << " " << command;
@@ -165,6 +165,7 @@ TEST_F(TVDBFileCommandTest, WrongCommandLinesAndMissingObjects)
     const Row rows[] = {
         {"no file", {"check"}, 2, "Usage: tvdb check"},
         {"too many words", {"log", m_file, "7"}, 2, "Usage: tvdb log"},
+        {"query without its text", {"query", m_file}, 2, "Usage: tvdb query"},
         {"unknown option", {"dump", "--deep", m_file}, 2, "'--deep'"},
         {"app without name", {"check", m_file, "--app"}, 2, "'--app' needs a value"},
         {"no such object", {"dump", m_file, "42"}, 1, "has no object 42"},
