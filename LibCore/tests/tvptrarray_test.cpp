@@ -142,6 +142,14 @@ TEST_F(PtrArrayTest, MovedArrayTakesTheElements)
     EXPECT_EQ(values(other), (std::vector<int>{1, 2}));
 }
 
+TEST_F(PtrArrayTest, SortOrdersByTheElements)
+{
+    TVPtrArray<Counted> array(true);
+    fill(array, {3, 1, 2});
+    array.sort([](const Counted* a, const Counted* b) { return a->value < b->value; });
+    EXPECT_EQ(values(array), (std::vector<int>{1, 2, 3}));
+}
+
 // Random adds, inserts, erases and removals on an owning array and on a
 // plain vector of values; the two must agree after every step, and the
 // live count must equal the size (nothing leaked, nothing freed early).

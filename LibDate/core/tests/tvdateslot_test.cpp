@@ -271,3 +271,25 @@ TEST_F(TVDateSlotTest, SlotSeriesDividesFromTheStartOfTheDay)
     EXPECT_TRUE(TVDateSlot::slot_series(at(15), utc(2021, 3, 12), 0).empty());
     EXPECT_TRUE(TVDateSlot::slot_series(at(15), utc(2021, 3, 9), 2).empty());
 }
+
+TEST_F(TVDateSlotTest, DayWeekMonthAndYearSlots)
+{
+    const TVDate date = at(15, 30); // Wednesday; weeks begin on Monday
+    struct Row
+    {
+        const char* m_name;
+        TVDateSlot m_slot;
+        const char* m_start;
+        const char* m_end;
+    };
+    const Row rows[] = {
+        {"day", TVDateUtils::day_slot(date), "2021-03-10 00:00:00", "2021-03-10 23:59:59"},
+        {"week", TVDateUtils::week_slot(date), "2021-03-08 00:00:00", "2021-03-14 23:59:59"},
+        {"month", TVDateUtils::month_slot(date), "2021-03-01 00:00:00", "2021-03-31 23:59:59"},
+        {"year", TVDateUtils::year_slot(date), "2021-01-01 00:00:00", "2021-12-31 23:59:59"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(row.m_start, gmt_text(row.m_slot.get_start())) << row.m_name;
+        EXPECT_EQ(row.m_end, gmt_text(row.m_slot.get_end())) << row.m_name;
+    }
+}
