@@ -820,7 +820,6 @@ int MathsMainQt::import_paste_buffer(const std::string& file)
             return tvwarning(TVErrC_FileOpen, TVLOCATION,
                              "There is no exported maths data to import (%s).", file.c_str());
         TV_PASS_ON(m_mathsDB.import_db(file, nullptr));
-        TV_PASS_ON(m_mathsDB.complete_operation("Import"));
         return on_db_changed();
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

@@ -4,6 +4,9 @@
 #include "LibDatabase/db/tvdatabasehost.h"
 #include "LibDatabase/db/tvdbeditor.h"
 #include "LibDatabase/db/tvdbfilenames.h"
+#include "LibDatabase/db/tvdbimporter.h"
+#include "LibDatabase/db/tvdbnote.h"
+#include "LibDatabase/db/tvvariable.h"
 #include "LibDatabase/db/tvdbloader.h"
 #include "LibDatabase/db/tvdbreader.h"
 #include "LibDatabase/db/tvdbsaver.h"
@@ -87,6 +90,7 @@ TVDatabase::TVDatabase() : d(std::make_unique<TVDatabaseImpl>())
     const int id = allocate_id();
     set_id(id, TVDateUtils::now(), true);
     add_container(*d->m_specs);
+    add_container(*d->m_notes);
     register_tvobject();
 }
 
@@ -102,9 +106,12 @@ void TVDatabase::set_defaults(bool constructing)
     TVDBObject::set_defaults(constructing);
     const int id = get_id();
     std::unique_ptr<TVDBContainer<TVObjectSpec>> specs = std::move(d->m_specs);
+    std::unique_ptr<TVDBContainer<TVDBNote>> notes = std::move(d->m_notes);
     d = std::make_unique<TVDatabaseImpl>();
     (void)specs->clear();
+    (void)notes->clear();
     d->m_specs = std::move(specs);
+    d->m_notes = std::move(notes);
     d->m_writeTime = TVDateUtils::blank_date();
     d->m_uniqueId = id + 1;
 }
@@ -665,20 +672,135 @@ int TVDatabase::discard_operation()
     }
 }
 
-// ---- Layers not in this build -------------------------------------------------------
-//
-// Each answers TVErrC_NotAvailable, a plain outcome that callers pass on as
-// they would ok, but that says nothing was done; import_db, which a user
-// asks for by name, reports it as a warning instead.
+// ---- Notes -------------------------------------------------------------------------
 
-int TVDatabase::apply_active_note(TVDBObject&)
+int TVDatabase::get_nnotes() const
 {
-    return TVErrC_NotAvailable;
+    return d->m_notes->size();
 }
 
-int TVDatabase::append_values(TVDBObject&, const TVDBObject&)
+TVDBNote* TVDatabase::get_note_no(int index) const
 {
-    return TVErrC_NotAvailable;
+    return index >= 0 && index < d->m_notes->size() ? (*d->m_notes)[index] : nullptr;
+}
+
+TVDBNote* TVDatabase::get_note_id(int id) const
+{
+    TVDBNote* note = dynamic_cast<TVDBNote*>(get_object_by_id(id));
+    return note != nullptr && !note->is_deleted() ? note : nullptr;
+}
+
+int TVDatabase::add_note(const std::string& text, TVDBNote** out)
+{
+    try {
+        auto* note = new TVDBNote(text);
+        TV_PASS_ON(add_object(note, this, C_NoteTag, C_NoteTag, -1, "Add note"));
+        resolve_containers();
+        if (out != nullptr)
+            *out = note;
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::delete_note(int id)
+{
+    try {
+        if (get_note_id(id) == nullptr)
+            return tverror(TVErrC_NullPointer, TVLOCATION, "Note %d not found.", id);
+        TV_PASS_ON(delete_object(id, "Delete note"));
+        resolve_containers();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+int TVDatabase::set_active_note(int id, int active, int type)
+{
+    for (int i = 0; i < get_nnotes(); ++i)
+        get_note_no(i)->set_active(TVDBNote::E_Inactive);
+    if (id < 0)
+        return TVErrC_ok;
+    TVDBNote* note = get_note_id(id);
+    if (note == nullptr)
+        return tverror(TVErrC_NullPointer, TVLOCATION, "Note %d not found.", id);
+    note->set_active(static_cast<TVDBNote::E_Active>(active));
+    if (note->get_type() != type) {
+        note->set_type(type);
+        note->mark_changed(TVLOCATION, true);
+    }
+    return TVErrC_ok;
+}
+
+bool TVDatabase::is_active_note(int id) const
+{
+    const TVDBNote* note = get_note_id(id);
+    return note != nullptr && note->get_active() != TVDBNote::E_Inactive;
+}
+
+int TVDatabase::apply_active_note(TVDBObject& object)
+{
+    try {
+        for (int i = 0; i < get_nnotes(); ++i) {
+            TVDBNote* note = get_note_no(i);
+            if (note->get_active() == TVDBNote::E_Inactive || !object.apply_note(*note))
+                continue;
+            if (note->get_active() == TVDBNote::E_ActiveOnce)
+                TV_PASS_ON(delete_object(note->get_id(), ""));
+            else
+                note->set_active(TVDBNote::E_Inactive);
+            break;
+        }
+        resolve_containers();
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
+}
+
+std::string TVDatabase::get_noteurl() const
+{
+    const std::vector<std::string> urls = get_noteurls();
+    return urls.empty() ? std::string() : urls.front();
+}
+
+std::vector<std::string> TVDatabase::get_noteurls() const
+{
+    std::vector<std::string> urls;
+    std::istringstream in(d->m_noteURL);
+    for (std::string line; std::getline(in, line);)
+        if (!line.empty())
+            urls.push_back(line);
+    return urls;
+}
+
+void TVDatabase::set_noteurl(const std::string& url)
+{
+    if (url == d->m_noteURL)
+        return;
+    d->m_noteURL = url;
+    mark_changed(TVLOCATION, true);
+}
+
+// The surviving object keeps what it has: only the values it lacks (no
+// variable, or an empty one) come from the other.
+int TVDatabase::append_values(TVDBObject& from, const TVDBObject& to)
+{
+    try {
+        for (int i = 0; i < to.get_nvariables(); ++i) {
+            const TVVariable* theirs = to.get_var_by_index(i, false);
+            if (theirs->get_value().empty())
+                continue;
+            const TVVariable* ours = from.get_var_by_tag(theirs->get_tag(), false);
+            if (ours == nullptr || ours->get_value().empty())
+                TV_PASS_ON(from.set_var_value(theirs->get_tag(), theirs->get_value(), false));
+        }
+        return TVErrC_ok;
+    } catch (const TVErrDetails&) {
+        tv_trail_throw(TVLOCATION);
+    }
 }
 
 // ---- Sync: TVDBSync -------------------------------------------------------------------
@@ -797,11 +919,14 @@ std::string TVDatabase::get_merge_details() const
     return TVDBSync(const_cast<TVDatabase&>(*this)).merge_details();
 }
 
-int TVDatabase::import_db(const std::string& file, const std::string*)
+int TVDatabase::import_db(const std::string& file, const std::string* text)
 {
-    return tvwarning(TVErrC_NotAvailable, TVLOCATION,
-                     "Merging %s into this file is not available in this version.",
-                     file.empty() ? "data" : file.c_str());
+    return TVDBImporter(*this).import_db(file, text, &d->m_importCount);
+}
+
+int TVDatabase::get_import_count() const
+{
+    return d->m_importCount;
 }
 
 int TVDatabase::validate_queries(std::string& script, int& line, std::string& message) const
@@ -812,10 +937,25 @@ int TVDatabase::validate_queries(std::string& script, int& line, std::string& me
     return TVErrC_NotAvailable;
 }
 
-int TVDatabase::periodic_check(long, bool, std::vector<TVCheckIssue>& issues)
+int TVDatabase::periodic_check(long seconds, bool force, std::vector<TVCheckIssue>& issues)
 {
     issues.clear();
-    return TVErrC_NotAvailable;
+    TVDBChecker& checker = get_checker();
+    checker.periodic_check(seconds, force, TVDateUtils::now().get_time_t());
+    for (int i = 0; i < checker.get_nitems(); ++i) {
+        const TVDBCheckItem* item = checker.get_item_by_index(i);
+        issues.push_back({item->get_id(), item->get_short_message()});
+    }
+    return TVErrC_ok;
+}
+
+TVDBChecker& TVDatabase::get_checker() const
+{
+    if (!d->m_checker) {
+        d->m_checker = std::make_unique<TVDBChecker>();
+        d->m_checker->set_database(const_cast<TVDatabase*>(this));
+    }
+    return *d->m_checker;
 }
 
 long TVDatabase::get_last_db_update() const

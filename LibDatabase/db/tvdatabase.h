@@ -43,6 +43,8 @@
 #include <string_view>
 #include <vector>
 
+class TVDBChecker;
+class TVDBNote;
 class TVExternalDB;
 class TVObjectSpec;
 
@@ -222,6 +224,9 @@ public:
     // tombstones are left alone.
     [[nodiscard]] virtual int apply_objectspec_to_db(TVDBObject* object, int spec_id,
                                                      bool add_create);
+    // Offers the active notes to the new object (TVDBObject::apply_note);
+    // the first it takes is used: deleted if it was active once, otherwise
+    // made inactive again.
     [[nodiscard]] virtual int apply_active_note(TVDBObject& object);
     // Runs the object's trigger script of that name (C_CreateTrigger, ...);
     // nothing for an object that doesn't use specs (a spec's scripts are
@@ -303,7 +308,8 @@ public:
     [[nodiscard]] int validate_specfile(const std::string& path) const;
     [[nodiscard]] int do_import(const std::string& file);
 
-    // Adds to's variable values to from's (merge_objects).
+    // Gives from the values of to's variables that from lacks or holds
+    // empty; from's own values stay (merge_objects).
     [[nodiscard]] virtual int append_values(TVDBObject& from, const TVDBObject& to);
 
     static const char* const C_CreateTrigger; // "create"
@@ -500,15 +506,13 @@ public:
     std::string get_merge_details() const;
 
     // ---- Import and checks --------------------------------------------------
-    //
-    // Until the layers behind them (import, scripts, the checker) exist
-    // they do nothing and answer TVErrC_NotAvailable as a plain result
-    // (import_db, which the user asks for, as a warning), and the queries
-    // answer as for a database with nothing to check.
 
     // Takes the objects of another database file (or of text, when file is
-    // empty) into this one under new ids.
+    // empty) into this one under new ids, as one operation (TVDBImporter,
+    // tvdbimporter.h, says how the numbers and specs meet).
     [[nodiscard]] virtual int import_db(const std::string& file, const std::string* text);
+    // The objects the last successful import_db brought in.
+    int get_import_count() const;
     // TVErrC_ok when every object spec compiled at its last compile;
     // otherwise the first failure's message, as a warning for the user.
     [[nodiscard]] virtual int validate_specs() const;
@@ -523,10 +527,33 @@ public:
         int id = -1;
         std::string short_message;
     };
-    // Checks the objects (at most every seconds unless force) and gives
-    // what is wrong now.
+    // Checks the objects (TVDBChecker::periodic_check on the present time)
+    // and gives what is wrong now.
     [[nodiscard]] virtual int periodic_check(long seconds, bool force,
                                              std::vector<TVCheckIssue>& issues);
+    // The checker of this database, made at the first call; it lives as
+    // long as the database's present load.
+    TVDBChecker& get_checker() const;
+
+    // ---- Notes (TVDBNote, container C_NoteTag of the database) ---------------
+
+    int get_nnotes() const;
+    // Null for a bad index / an id that is no note.
+    TVDBNote* get_note_no(int index) const;
+    TVDBNote* get_note_id(int id) const;
+    // A new note of that text, as the operation "Add note"; out, if given,
+    // receives it (not owned).
+    [[nodiscard]] int add_note(const std::string& text, TVDBNote** out = nullptr);
+    [[nodiscard]] int delete_note(int id);
+    // Every note goes inactive; then, for an id of a note, that note takes
+    // active (a TVDBNote::E_Active) and type. Another id: TVErrC_NullPointer.
+    [[nodiscard]] int set_active_note(int id, int active, int type);
+    bool is_active_note(int id) const;
+    // The place notes are fetched from (the record's "NoteURL"); several
+    // places are kept one per line.
+    std::string get_noteurl() const;
+    std::vector<std::string> get_noteurls() const;
+    void set_noteurl(const std::string& url);
 
     // ---- Recalculation thread -----------------------------------------------
 
@@ -568,6 +595,7 @@ private:
     friend class TVDBSaver;
     friend class TVDBSync;
     friend class TVDBSchema;
+    friend class TVDBImporter;
 
     // Destroys every object; the names and flags stay.
     void clear_objects();

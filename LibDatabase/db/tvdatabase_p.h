@@ -11,6 +11,8 @@
 #include "LibCore/ptrarray/tvptrarray.h"
 #include "LibDatabase/db/tvdatabase.h"
 #include "LibDatabase/db/tvdbchangejournal.h"
+#include "LibDatabase/db/tvdbchecker.h"
+#include "LibDatabase/db/tvdbnote.h"
 #include "LibDatabase/db/tvdbcontainer.h"
 #include "LibDatabase/db/tvdbformat.h"
 #include "LibDatabase/db/tvdbindex.h"
@@ -70,6 +72,8 @@ struct TVDatabase::TVDatabaseImpl {
     // Records (the database's and objects') the last write wrote.
     int m_recordsWritten = 0;
     TVDBChangeJournal m_journal;
+    // Objects the last import_db brought in.
+    int m_importCount = 0;
 
     // The links to shared copies, saved under "External".
     TVPtrArray<TVExternalDB> m_external{true};
@@ -86,6 +90,12 @@ struct TVDatabase::TVDatabaseImpl {
     // that the registration with the database outlives a set_defaults.
     std::unique_ptr<TVDBContainer<TVObjectSpec>> m_specs{
         std::make_unique<TVDBContainer<TVObjectSpec>>(C_SpecTag)};
+
+    // The notes, as the database's children of C_NoteTag; kept like m_specs.
+    std::unique_ptr<TVDBContainer<TVDBNote>> m_notes{
+        std::make_unique<TVDBContainer<TVDBNote>>(C_NoteTag)};
+    // Made at the first get_checker, for this load only.
+    std::unique_ptr<TVDBChecker> m_checker;
 
     TVCondVar m_recalcSignal;
     TVMutex m_completeLock;

@@ -83,6 +83,12 @@ void TVDBImportQt::db_import3(std::string choice)
     if (choice == C_Merge) {
         if (stopped(call([&] { return m_db.import_db(m_filename, nullptr); })))
             return;
+        const int count = m_db.get_import_count();
+        TVMessageBoxQt::information("Import",
+                                    "Merged " + std::to_string(count) +
+                                        (count == 1 ? " object from " : " objects from ") +
+                                        m_filename + ".",
+                                    this);
         complete(m_db.get_filename());
     } else if (choice == C_Replace) {
         std::string text;

@@ -12,7 +12,9 @@
 #include "LibDatabase/qt/tvcloudsettingsformqt.h"
 #include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/qt/tvdbflow_p.h"
+#include "LibDatabase/qt/tvdbclipboardqt.h"
 #include "LibDatabase/qt/tvdbimportqt.h"
+#include "LibDatabase/db/tvdbnote.h"
 #include "LibDatabase/qt/tvdbloadqt.h"
 #include "LibDatabase/qt/tvdbscripthostqt.h"
 #include "LibDatabase/qt/tvdbunloadqt.h"
@@ -50,6 +52,8 @@ struct TVDBManagerQt::TVDBManagerQtImpl
     QTimer m_interactTimer;
     TVLockFile m_lock;
     std::unique_ptr<TVDBScriptHostQt> m_scriptHost;
+    // Made at the first get_clipboard.
+    std::unique_ptr<TVDBClipboardQt> m_clipboard;
     bool m_paused = false;
     bool m_updating = false;
     // closeEvent lets the window go only once do_unload has finished.
@@ -381,6 +385,11 @@ int TVDBManagerQt::rebuild_notify()
         for (size_t i = 0; i < issues.size() && i < static_cast<size_t>(C_MaxCheckItems); ++i)
             list.add(TVNotifyItem(issues[i].short_message, TVId(issues[i].id, 0, 0),
                                   C_NotifySystem, C_SystemPriority, TVDateUtils::blank_date()));
+        for (int i = 0; i < db.get_nnotes(); ++i) {
+            const TVDBNote* note = db.get_note_no(i);
+            list.add(TVNotifyItem("Note: " + note->get_note_line(), TVId(note->get_id(), 0, 0),
+                                  C_NotifyNotes, C_NotePriority, TVDateUtils::blank_date()));
+        }
         TV_PASS_ON(generate_notify(list));
         if (istvwarn(call([&] { return db.validate_specs(); }))) {
             get_tverror()->clear_all();
@@ -781,6 +790,13 @@ void TVDBManagerQt::set_window_title()
     const std::string name = get_dbname();
     const std::string& title = tvapplication()->get_title();
     setWindowTitle(QString::fromStdString(name.empty() ? title : name + " - " + title));
+}
+
+TVDBClipboardQt& TVDBManagerQt::get_clipboard()
+{
+    if (!d->m_clipboard)
+        d->m_clipboard = std::make_unique<TVDBClipboardQt>(get_database());
+    return *d->m_clipboard;
 }
 
 int TVDBManagerQt::initialise_notify()

@@ -38,6 +38,7 @@
 
 class QMenu;
 class TVDatabase;
+class TVDBClipboardQt;
 class TVSettingsQt;
 class TVLockFile;
 class TVNotifyList;
@@ -139,6 +140,8 @@ public:
     // The database's pages of a program's settings window (the cloud page).
     void add_settings_forms(TVSettingsQt& settings);
     TVNotifyList& get_notify() const;
+    // The window's clipboard for cut, copy and paste in its database.
+    TVDBClipboardQt& get_clipboard();
 
     bool multiple_windows() const { return m_multiWindow; }
     int get_update_period() const { return m_updatePeriod; }

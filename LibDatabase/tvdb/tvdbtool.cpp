@@ -5,6 +5,8 @@
 #include "LibDatabase/tvdb/tvdbcommand.h"
 #include "LibDatabase/tvdb/tvdbdatecommand.h"
 #include "LibDatabase/tvdb/tvdbdumpcommand.h"
+#include "LibDatabase/tvdb/tvdbexportcommand.h"
+#include "LibDatabase/tvdb/tvdbimportcommand.h"
 #include "LibDatabase/tvdb/tvdblogcommand.h"
 #include "LibDatabase/tvdb/tvdbrepeatcommand.h"
 #include "LibDatabase/tvdb/tvdbspeccommand.h"
@@ -29,6 +31,8 @@ std::vector<std::unique_ptr<TVDBCommand>> make_commands(const TVDBToolRegistry& 
     commands.push_back(std::make_unique<TVDBSpecCommand>());
     commands.push_back(std::make_unique<TVDBSyncCommand>());
     commands.push_back(std::make_unique<TVDBScriptCommand>());
+    commands.push_back(std::make_unique<TVDBExportCommand>());
+    commands.push_back(std::make_unique<TVDBImportCommand>());
     for (auto& command : registry.make_commands())
         commands.push_back(std::move(command));
     return commands;

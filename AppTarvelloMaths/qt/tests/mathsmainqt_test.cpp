@@ -13,9 +13,11 @@
 #include "LibGui/base/tvnotifyitem.h"
 #include "LibGui/base/tvnotifylist.h"
 #include "LibGui/base/tvnotifyscheme.h"
+#include "LibGui/qt/tvfileselectqt.h"
 #include "LibGui/qt/tvguideqt.h"
 #include "LibGui/qt/tvimageviewerqt.h"
 #include "LibGui/qt/tvlineeditqt.h"
+#include "LibGui/qt/tvmessageboxscript.h"
 #include "LibGui/qt/tvnotifybarqt.h"
 #include "LibGui/qt/tvtreewidgetqt.h"
 
@@ -29,6 +31,8 @@
 #include <QTest>
 #include <QTextBrowser>
 #include <QToolButton>
+
+#include <set>
 
 namespace {
 
@@ -327,4 +331,35 @@ TEST_F(MathsMainQtTest, ChoosingAReminderStartsANewSessionOnlyWhenNothingIsLeft)
     ASSERT_EQ(rows(), 1);
     EXPECT_EQ(m_window->row_button(0)->text(), "Go");
     EXPECT_EQ(status(), "\n    1 Exercise to go");
+}
+
+TEST_F(MathsMainQtTest, ImportMergeBringsAnotherFilesExercisesIntoTheSession)
+{
+    set_up_tables(7);
+    const std::string other = m_dir.path().toStdString() + "/other" + MathsDB::C_FileExtension;
+    {
+        MathsDB db;
+        ASSERT_EQ(db.load(other, true, std::string(), true, true, true), TVErrC_ok);
+        Exercise* exercise = nullptr;
+        ASSERT_EQ(db.create_exercise(exercise), TVErrC_ok);
+        exercise->set_value(3, true);
+        exercise->set_name(exercise->generate_name());
+        ASSERT_EQ(db.complete_operation("Three"), TVErrC_ok);
+        ASSERT_EQ(db.save(true, true, false), TVErrC_ok);
+        ASSERT_EQ(db.unload(), TVErrC_ok);
+    }
+    TVFileSelectQt::Scoped chooser(
+        [&](TVFileSelectQt::Kind, const std::string&, const std::string&, const std::string&) {
+            return other;
+        });
+    TVMessageBoxScript script({"Merge", "Ok"});
+    m_window->import_selected();
+    QTRY_VERIFY(script.boxes().size() == 2);
+    EXPECT_EQ(script.titles(), (std::vector<std::string>{"Import Type", "Import"}));
+    EXPECT_EQ(script.texts()[1], "Merged 1 object from " + other + ".");
+    QTRY_COMPARE(rows(), 2);
+    std::set<std::string> names;
+    for (int row = 0; row < rows(); ++row)
+        names.insert(cell(row, 1));
+    EXPECT_EQ(names, (std::set<std::string>{"7 times tables", "3 times tables"}));
 }

@@ -436,7 +436,7 @@ TEST_F(LoadFlowTest, UnloadDuringASyncAsksWhetherToQuit)
     EXPECT_FALSE(pushing.is_loaded());
 }
 
-TEST_F(LoadFlowTest, ImportOpensACopyReplacesOrIsCancelled)
+TEST_F(LoadFlowTest, ImportOpensACopyMergesReplacesOrIsCancelled)
 {
     const std::string source = m_dir.path().toStdString() + "/import" + C_Extension;
     write_file(source, {"Imported"});
@@ -450,8 +450,9 @@ TEST_F(LoadFlowTest, ImportOpensACopyReplacesOrIsCancelled)
                                    TVSlotQt(&end, SLOT(failed())),
                                    TVSlotQt(&end, SLOT(cancelled())));
         EXPECT_TRUE(drain([&] { return !end.m_end.empty(); }));
-        EXPECT_EQ(script.titles(), Labels(answers.size(), "Import Type"));
+        EXPECT_EQ(script.titles().size(), answers.size());
         if (!answers.empty()) {
+            EXPECT_EQ(script.titles()[0], "Import Type");
             EXPECT_EQ(script.boxes()[0].labels, (Labels{"Open", "Replace", "Merge", "Cancel"}));
         }
         return end.m_end;
@@ -464,11 +465,9 @@ TEST_F(LoadFlowTest, ImportOpensACopyReplacesOrIsCancelled)
     TVMessageBoxScript none;
     ASSERT_EQ(load(m_file), "complete " + m_file);
     EXPECT_EQ(import({"Cancel"}), "cancelled");
-    // Merging is not in this version: the user is told, nothing happens.
-    const std::string before = slurp(m_file);
-    EXPECT_EQ(import({"Merge"}), "failed");
-    EXPECT_EQ(names(*m_db), std::set<std::string>{"Tables"});
-    EXPECT_EQ(slurp(m_file), before);
+    // Merge takes the other file's objects in beside ours, and says so.
+    EXPECT_EQ(import({"Merge", "Ok"}), "complete " + m_file);
+    EXPECT_EQ(names(*m_db), (std::set<std::string>{"Tables", "Imported"}));
     EXPECT_EQ(import({"Replace"}), "complete " + m_file);
     EXPECT_EQ(names(*m_db), std::set<std::string>{"Imported"});
     EXPECT_EQ(m_db->get_filename(), m_file);

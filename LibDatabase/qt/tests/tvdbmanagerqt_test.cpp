@@ -10,12 +10,14 @@
 #include "LibComms/cloud/tvcloudinstance.h"
 #include "LibComms/cloud/tvlocalservice.h"
 #include "LibCore/fileutils/tvfileutils.h"
+#include "LibDatabase/db/tvdbnote.h"
 #include "LibDatabase/db/tvdbscript.h"
 #include "LibDatabase/db/tvexternaldb.h"
 #include "LibGui/base/tvnotifylist.h"
 #include "LibDatabase/db/tvlockfile.h"
 #include "LibDatabase/db/tvobjectspec.h"
 #include "LibDatabase/qt/tests/tvdbqttest.h"
+#include "LibDatabase/qt/tvdbclipboardqt.h"
 #include "LibDatabase/qt/tvdbimportqt.h"
 #include "LibGui/qt/tvfileselectqt.h"
 #include "LibCore/param/tvparam.h"
@@ -27,6 +29,8 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QApplication>
+#include <QClipboard>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
@@ -163,6 +167,50 @@ TEST_F(ManagerTest, HeartbeatListsSpecErrorsUntilTheSpecIsMended)
     ASSERT_EQ(m_db->commit_objectspec(id, "Mend Sum"), TVErrC_ok);
     EXPECT_EQ(tick(), 1);
     EXPECT_EQ(specItems(), 0);
+}
+
+TEST_F(ManagerTest, HeartbeatListsCheckItemsAndNotesUntilTheyAreDealtWith)
+{
+    ASSERT_EQ(m_window->initialise_notify(), TVErrC_ok);
+    start(60000);
+    const auto listed = [this] {
+        std::multiset<std::string> messages;
+        const TVNotifyList& list = m_window->get_notify();
+        for (int i = 0; i < list.get_nitems(); ++i)
+            messages.insert(list.get_item(i).get_message());
+        return messages;
+    };
+    ASSERT_EQ(m_db->add_objectspec(new TVObjectSpec("Book", "$<Title> = prompt();"), ""), TVErrC_ok);
+    ASSERT_EQ(m_db->parse_objectspecs(true), TVErrC_ok);
+    ASSERT_EQ(m_db->apply_objectspecs(), TVErrC_ok);
+    auto* dune = new TVDBTestNode("dune");
+    ASSERT_EQ(m_db->add_object(dune, nullptr, "", "", m_db->get_objectspec_id_for_name("Book"), "Dune"),
+              TVErrC_ok);
+    TVDBNote* note = nullptr;
+    ASSERT_EQ(m_db->add_note("Buy paper\nlots of it", &note), TVErrC_ok);
+    m_clock.advance(60);
+    EXPECT_EQ(tick(), 1);
+    EXPECT_EQ(listed(), (std::multiset<std::string>{"Unfilled variables", "Note: Buy paper"}));
+
+    ASSERT_EQ(dune->set_var_value("Title", "Dune", false), TVErrC_ok);
+    ASSERT_EQ(m_db->delete_note(note->get_id()), TVErrC_ok);
+    m_clock.advance(60);
+    EXPECT_EQ(tick(), 1);
+    EXPECT_TRUE(listed().empty());
+}
+
+TEST_F(ManagerTest, ClipboardOffersAPasteOnlyWhileTheSystemClipboardHoldsOurIds)
+{
+    start(0);
+    TVDBClipboardQt& clipboard = m_window->get_clipboard();
+    EXPECT_FALSE(clipboard.clipboard_has_object());
+    TVIdList ids;
+    ids.add(node_id(*m_db, "Tables"), -1, -1);
+    clipboard.copy(ids);
+    EXPECT_TRUE(clipboard.clipboard_has_object());
+    // Another program took the clipboard since.
+    QApplication::clipboard()->setText("shopping list");
+    EXPECT_FALSE(clipboard.clipboard_has_object());
 }
 
 TEST_F(ManagerTest, UpdateIsHeldWhileEditingOrPausedByTheUserUntilOverdueAndNeverReentered)
