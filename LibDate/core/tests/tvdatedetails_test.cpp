@@ -254,12 +254,3 @@ TEST_F(TVDateDetailsTest, GetDateLabelsTheResult)
         EXPECT_EQ(row.m_label, date.get_timezone()) << row.m_zone;
     }
 }
-
-TEST_F(TVDateDetailsTest, WorkdaysAreMondayToFriday)
-{
-    const bool expected[] = {false, true, true, true, true, true, false};
-    for (int d = 0; d < 7; ++d) {
-        TVDateDetails details = day(2021, 3, 14 + d); // Sunday 14 March onwards
-        EXPECT_EQ(expected[d], TVDateDetails::is_workday(details)) << d;
-    }
-}

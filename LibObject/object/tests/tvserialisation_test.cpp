@@ -318,18 +318,6 @@ TEST_F(SerialisationTest, RepeatedLineOfASingleValuedMemberCannotTakeOverLater)
     EXPECT_EQ(write(*item), written);
 }
 
-// An older program reads and writes a file that a newer one wrote, where
-// the newer one keeps a member of the same suffix under its own prefix:
-// the newer program's line comes back as it was.
-TEST_F(SerialisationTest, NewerProgramsLineOfTheSameSuffixSurvivesAnOlderProgramsReadAndWrite)
-{
-    const std::string text = "{TVTestItem\n!TVTestBase+K!3\n!OldBase+K!5\n}\n";
-    std::unique_ptr<TVTestItem> item = read<TVTestItem>(text);
-    ASSERT_NE(item, nullptr);
-    EXPECT_EQ(item->m_key, 3);
-    EXPECT_EQ(write(*item), text);
-}
-
 TEST_F(SerialisationTest, ManyValuedMembersKeepTheirOrderAndTheirKeyRule)
 {
     const std::string text = "{TVTestItem\n"

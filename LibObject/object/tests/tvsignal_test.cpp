@@ -191,23 +191,17 @@ TEST_F(SignalTest, EmitWithNobodyConnectedMakesNoTable)
     Sender quiet, other;
     ASSERT_EQ(quiet.emit_signal(quiet.m_changed), TVErrC_ok);
     ASSERT_EQ(quiet.emit_signal(quiet.m_moved, 1), TVErrC_ok);
-    quiet.block_signals(false);
     // Tables compare by identity; two objects without one are equal.
     EXPECT_TRUE(quiet == other);
-    EXPECT_FALSE(quiet.signals_blocked());
 }
 
-TEST_F(SignalTest, SlotOfAClassTheReceiverIsNotIsRefused)
+// Neither a receiver of the wrong class nor a null sender ends up connected.
+TEST_F(SignalTest, RefusedOrNullConnectionsConnectNothing)
 {
     Sender notAListener;
     const TVRaised r = tv_catch_raise(
         [&] { (void)notAListener.connect_signal(&sender, sender.m_changed, &Listener::on_void); });
     EXPECT_EQ(r.code, TVErrC_DynamicCast);
-    ASSERT_EQ(emit(sender.m_changed), TVErrC_ok);
-}
-
-TEST_F(SignalTest, NullSenderConnectsNothing)
-{
     Listener a(log, 'a');
     EXPECT_EQ(a.connect_signal(nullptr, sender.m_changed, &Listener::on_void), TVErrC_ok);
     ASSERT_EQ(emit(sender.m_changed), TVErrC_ok);
