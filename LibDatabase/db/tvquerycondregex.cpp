@@ -45,21 +45,20 @@ bool TVQueryCondRegex::evaluate(const std::string& value, const TVDatabase&) con
 {
     if (!m_compileTried) {
         m_compileTried = true;
-        try {
-            m_compiled = std::make_shared<const std::regex>(m_text);
-        } catch (const std::regex_error&) {
+        auto compiled = std::make_shared<QRegularExpression>(QString::fromStdString(m_text));
+        if (compiled->isValid()) {
+            compiled->optimize();
+            m_compiled = std::move(compiled);
+        } else {
             m_compiled.reset();
         }
     }
-    return m_compiled != nullptr && std::regex_search(value, *m_compiled);
+    return m_compiled != nullptr && m_compiled->match(QString::fromStdString(value)).hasMatch();
 }
 
 bool TVQueryCondRegex::match_regex(const std::string& regex, const std::string& value)
 {
-    try {
-        return std::regex_search(value, std::regex(regex));
-    } catch (const std::regex_error&) {
-        // The user's text: a bad expression is a condition nothing meets.
-        return false;
-    }
+    // The user's text: a bad expression is a condition nothing meets.
+    const QRegularExpression compiled(QString::fromStdString(regex));
+    return compiled.isValid() && compiled.match(QString::fromStdString(value)).hasMatch();
 }

@@ -1,15 +1,18 @@
 #ifndef TVQUERYCONDREGEX_H
 #define TVQUERYCONDREGEX_H
 
-// A regular expression found anywhere in the value (ECMAScript syntax);
-// an expression that doesn't compile matches nothing.
+// A regular expression found anywhere in the value (Perl's syntax, as
+// QRegularExpression reads it); an expression that doesn't compile
+// matches nothing. Not std::regex: its matcher recurses once per
+// character and overflows the stack on a long value.
 //
 // Serial form: its own keys, then TVQueryCond's under "TVQueryCond".
 
 #include "LibDatabase/db/tvquerycond.h"
 
+#include <QRegularExpression>
+
 #include <memory>
-#include <regex>
 #include <string>
 
 class TVQueryCondRegex : public TVQueryCond
@@ -29,7 +32,7 @@ private:
     std::string m_text;
     // Compiled at the first test: a run tests every object of a kind, and
     // compiling is far dearer than matching. Null when it doesn't compile.
-    mutable std::shared_ptr<const std::regex> m_compiled;
+    mutable std::shared_ptr<const QRegularExpression> m_compiled;
     mutable bool m_compileTried = false;
 };
 

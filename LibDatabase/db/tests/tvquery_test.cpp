@@ -204,6 +204,11 @@ TEST_F(QueryTest, ConditionsTestTheirValues)
         EXPECT_EQ(query.get_condition(0)->evaluate(row.m_value, *m_db), row.m_pass)
             << row.m_text << " on " << row.m_value;
     }
+    // A long value, on which a matcher that recurses per character would
+    // run out of stack.
+    TVQuery deep("q", "Condition: From=Go, Value=T, Regex=`^a.*x$`;");
+    ASSERT_EQ(deep.parse(false, nullptr), TVErrC_ok) << message();
+    EXPECT_TRUE(deep.get_condition(0)->evaluate(std::string(200000, 'a') + "x", *m_db));
 }
 
 // ---- Runs ---------------------------------------------------------------------------
