@@ -103,6 +103,16 @@ void Go::remap_id(int old_id, int new_id)
     }
 }
 
+void Go::remap_ids(const std::map<int, int>& ids)
+{
+    TVDBObject::remap_ids(ids);
+    const auto it = ids.find(d->m_exercise);
+    if (it != ids.end() && it->second != d->m_exercise) {
+        d->m_exercise = it->second;
+        mark_changed(TVLOCATION, true);
+    }
+}
+
 int Go::get_exercise() const
 {
     return d->m_exercise;

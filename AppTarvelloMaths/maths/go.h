@@ -49,6 +49,7 @@ public:
     bool uses_spec() const override { return false; }
     // Also follows the exercise's id.
     void remap_id(int old_id, int new_id) override;
+    void remap_ids(const std::map<int, int>& ids) override;
 
     void set_defaults(bool constructing);
 

@@ -100,6 +100,21 @@ void Session::remap_id(int old_id, int new_id)
     mark_changed(TVLOCATION, true);
 }
 
+void Session::remap_ids(const std::map<int, int>& ids)
+{
+    TVDBObject::remap_ids(ids);
+    bool changed = false;
+    for (int& go : d->m_go) {
+        const auto it = ids.find(go);
+        if (it != ids.end() && it->second != go) {
+            go = it->second;
+            changed = true;
+        }
+    }
+    if (changed)
+        mark_changed(TVLOCATION, true);
+}
+
 int Session::get_ngos() const
 {
     return static_cast<int>(d->m_go.size());

@@ -40,6 +40,7 @@ public:
     // Follows a Go's change of id; a deleted Go leaves -1 behind, which
     // every reader passes over.
     void remap_id(int old_id, int new_id) override;
+    void remap_ids(const std::map<int, int>& ids) override;
 
     void set_defaults(bool constructing);
 

@@ -14,23 +14,9 @@ namespace {
 
 constexpr const char* C_ImportingStatus = "Importing...";
 
-// The parking number of an id between the two passes: below -1, which
-// stands for "no object" in references.
-int parked(int id)
-{
-    return -(id + 2);
-}
-
 bool is_spec(const TVDBObject* object)
 {
     return dynamic_cast<const TVObjectSpec*>(object) != nullptr;
-}
-
-// Every reference to from, in every object of db, goes to to.
-void remap_all(TVDatabase& db, int from, int to)
-{
-    for (int i = 0; i < db.get_nobjects(); ++i)
-        db.get_object_by_index(i)->remap_id(from, to);
 }
 
 } // namespace
@@ -99,32 +85,30 @@ int TVDBImporter::import_all(TVDatabase& scratch, const std::string& source, int
         std::map<int, int> specMap;
         TV_PASS_ON(take_specs(scratch, specMap));
 
-        // Pass one parks every id, so that pass two's new numbers can't meet
-        // an old one still in use.
-        std::vector<TVDBObject*> objects;
-        for (int i = 0; i < scratch.get_nobjects(); ++i)
-            objects.push_back(scratch.get_object_by_index(i));
-        for (TVDBObject* object : objects) {
-            const int id = object->get_id();
-            object->set_id(parked(id), object->get_create_time(), true);
-            remap_all(scratch, id, parked(id));
-        }
-        // Pass two: specs take the target's, live objects new ids, and
-        // references to tombstones end as a delete ends them.
+        // Every id changes at once, by one map, so no new number can meet an
+        // old one still in use: specs take the target's, live objects new
+        // ids, and references to tombstones end as a delete ends them.
+        std::map<int, int> ids;
         std::vector<TVDBObject*> incoming;
-        for (TVDBObject* object : objects) {
-            const int from = object->get_id();
-            const int oldId = -from - 2;
+        for (int i = 0; i < scratch.get_nobjects(); ++i) {
+            TVDBObject* object = scratch.get_object_by_index(i);
+            const int oldId = object->get_id();
             int to = -1;
             if (is_spec(object)) {
                 const auto it = specMap.find(oldId);
                 to = it != specMap.end() ? it->second : -1;
             } else if (!object->is_deleted()) {
                 to = m_target.allocate_id();
-                object->set_id(to, object->get_create_time(), true);
                 incoming.push_back(object);
             }
-            remap_all(scratch, from, to);
+            ids[oldId] = to;
+        }
+        for (int i = 0; i < scratch.get_nobjects(); ++i) {
+            TVDBObject* object = scratch.get_object_by_index(i);
+            object->remap_ids(ids);
+            const int to = ids[object->get_id()];
+            if (to >= 0 && !is_spec(object))
+                object->set_id(to, object->get_create_time(), true);
         }
 
         // Parents before children: by depth among the incoming objects.

@@ -318,6 +318,24 @@ void TVDBObject::remap_id(int old_id, int new_id)
         mark_changed(TVLOCATION, true);
 }
 
+void TVDBObject::remap_ids(const std::map<int, int>& ids)
+{
+    bool changed = false;
+    const auto remap = [&ids, &changed](int& id) {
+        const auto it = ids.find(id);
+        if (it != ids.end() && it->second != id) {
+            id = it->second;
+            changed = true;
+        }
+    };
+    remap(d->m_parentId);
+    remap(d->m_specId);
+    for (TVDBObjectLink& link : d->m_links)
+        remap(link.m_id);
+    if (changed)
+        mark_changed(TVLOCATION, true);
+}
+
 std::string TVDBObject::get_container_tag() const
 {
     return d->m_containerTag;

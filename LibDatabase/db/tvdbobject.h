@@ -39,6 +39,7 @@
 #include <iosfwd>
 #include <cstddef>
 #include <memory>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -85,6 +86,10 @@ public:
     // Rewrites references to old_id (parent, spec, links); marks the object
     // changed when one moved. A new_id of -1 ends the references.
     virtual void remap_id(int old_id, int new_id);
+    // Every reference to an id of ids goes to its value, all at once (a
+    // whole file renumbered in one pass). A class that overrides remap_id
+    // overrides this too.
+    virtual void remap_ids(const std::map<int, int>& ids);
     // Which container of the parent lists this object; by default the
     // stored tag.
     virtual std::string get_container_tag() const;

@@ -365,6 +365,32 @@ TEST_F(MathsDBTest, SavedFileReadsBackWithoutQuestionsOrMistakes)
     EXPECT_EQ(session_text(), "Tables* Repeat");
 }
 
+TEST_F(MathsDBTest, ImportedRunsAndSessionsReferToTheImportedExercises)
+{
+    const int tables = add_exercise("Tables", Exercise::C_TypeTimesTables, 1);
+    ASSERT_EQ(m_db->start(), TVErrC_ok);
+    run(*open_go(tables));
+    ASSERT_EQ(m_db->save(true, true, false), TVErrC_ok);
+    const std::string copy = m_dir.path().toStdString() + "/copy" + MathsDB::C_FileExtension;
+    ASSERT_TRUE(QFile::copy(QString::fromStdString(m_file), QString::fromStdString(copy)));
+    const int before = m_db->get_nobjects();
+    ASSERT_EQ(m_db->import_db(copy, nullptr), TVErrC_ok);
+    ASSERT_EQ(m_db->get_nexercises(), 2);
+    ASSERT_EQ(m_db->get_nsessions(), 2);
+    // The copies' references are to the copies, above the ids we had.
+    const Session* imported = m_db->get_session_no(1);
+    ASSERT_GT(imported->get_ngos(), 0);
+    for (int i = 0; i < imported->get_ngos(); ++i) {
+        const Go* go = m_db->get_go_id(imported->get_go_no(i));
+        ASSERT_NE(go, nullptr);
+        EXPECT_GE(go->get_id(), before);
+        const Exercise* exercise = m_db->get_exercise_id(go->get_exercise());
+        ASSERT_NE(exercise, nullptr);
+        EXPECT_NE(exercise->get_id(), tables);
+        EXPECT_EQ(exercise->get_name(), "Tables");
+    }
+}
+
 TEST_F(MathsDBTest, ImportedSpecsLeaveTheDrillRecordsAsTheyWere)
 {
     (void)add_exercise("Tables", Exercise::C_TypeTimesTables, 1);
