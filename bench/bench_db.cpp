@@ -705,6 +705,30 @@ void BM_SqliteCommit(benchmark::State& state, int count, const char* synchronous
     }
 }
 
+
+// One row of the select, as the program would hold it.
+DrillRow read_row(sqlite3_stmt* s)
+{
+    const auto text = [s](int column) {
+        return std::string(reinterpret_cast<const char*>(sqlite3_column_text(s, column)),
+                           static_cast<size_t>(sqlite3_column_bytes(s, column)));
+    };
+    DrillRow r;
+    r.first = sqlite3_column_int(s, 0);
+    r.second = sqlite3_column_int(s, 1);
+    r.given = sqlite3_column_int(s, 2);
+    r.attempts = sqlite3_column_int(s, 3);
+    r.score = sqlite3_column_double(s, 4);
+    r.seconds = sqlite3_column_double(s, 5);
+    r.difficulty = sqlite3_column_double(s, 6);
+    r.pupil = text(7);
+    r.topic = text(8);
+    r.question = text(9);
+    r.note = text(10);
+    r.taken = static_cast<long>(sqlite3_column_int64(s, 11));
+    return r;
+}
+
 void BM_SqliteLoadAll(benchmark::State& state, int count)
 {
     const std::string file = sqlite_copy(state, count);
@@ -721,25 +745,7 @@ void BM_SqliteLoadAll(benchmark::State& state, int count)
         std::vector<DrillRow> rows;
         int rc;
         while ((rc = sqlite3_step(select.get())) == SQLITE_ROW) {
-            sqlite3_stmt* s = select.get();
-            DrillRow r;
-            r.first = sqlite3_column_int(s, 0);
-            r.second = sqlite3_column_int(s, 1);
-            r.given = sqlite3_column_int(s, 2);
-            r.attempts = sqlite3_column_int(s, 3);
-            r.score = sqlite3_column_double(s, 4);
-            r.seconds = sqlite3_column_double(s, 5);
-            r.difficulty = sqlite3_column_double(s, 6);
-            r.pupil.assign(reinterpret_cast<const char*>(sqlite3_column_text(s, 7)),
-                           static_cast<size_t>(sqlite3_column_bytes(s, 7)));
-            r.topic.assign(reinterpret_cast<const char*>(sqlite3_column_text(s, 8)),
-                           static_cast<size_t>(sqlite3_column_bytes(s, 8)));
-            r.question.assign(reinterpret_cast<const char*>(sqlite3_column_text(s, 9)),
-                              static_cast<size_t>(sqlite3_column_bytes(s, 9)));
-            r.note.assign(reinterpret_cast<const char*>(sqlite3_column_text(s, 10)),
-                          static_cast<size_t>(sqlite3_column_bytes(s, 10)));
-            r.taken = static_cast<long>(sqlite3_column_int64(s, 11));
-            rows.push_back(std::move(r));
+            rows.push_back(read_row(select.get()));
         }
         if (sqlite_failed(state, db.get(), rc, "select"))
             break;
@@ -799,25 +805,7 @@ int hold_rows(const std::string& what, const std::string& file, int count)
         return 1;
     std::vector<DrillRow> rows;
     while (sqlite3_step(select.get()) == SQLITE_ROW) {
-        sqlite3_stmt* s = select.get();
-        DrillRow r;
-        r.first = sqlite3_column_int(s, 0);
-        r.second = sqlite3_column_int(s, 1);
-        r.given = sqlite3_column_int(s, 2);
-        r.attempts = sqlite3_column_int(s, 3);
-        r.score = sqlite3_column_double(s, 4);
-        r.seconds = sqlite3_column_double(s, 5);
-        r.difficulty = sqlite3_column_double(s, 6);
-        r.pupil.assign(reinterpret_cast<const char*>(sqlite3_column_text(s, 7)),
-                       static_cast<size_t>(sqlite3_column_bytes(s, 7)));
-        r.topic.assign(reinterpret_cast<const char*>(sqlite3_column_text(s, 8)),
-                       static_cast<size_t>(sqlite3_column_bytes(s, 8)));
-        r.question.assign(reinterpret_cast<const char*>(sqlite3_column_text(s, 9)),
-                          static_cast<size_t>(sqlite3_column_bytes(s, 9)));
-        r.note.assign(reinterpret_cast<const char*>(sqlite3_column_text(s, 10)),
-                      static_cast<size_t>(sqlite3_column_bytes(s, 10)));
-        r.taken = static_cast<long>(sqlite3_column_int64(s, 11));
-        rows.push_back(std::move(r));
+        rows.push_back(read_row(select.get()));
     }
     return rows.size() == static_cast<size_t>(count) ? 0 : 1;
 }

@@ -467,7 +467,7 @@ QScriptValue fn_set_spec(QScriptContext* context, TVDBScriptEngineQt* ours, TVDB
         return context->throwError(QStringLiteral("Object does not have an object spec"));
     const std::string name = arg(context, 0);
     const int base = db->get_child_base_spec(object);
-    // Where the parent's spec says nothing, any spec offered for new objects will do.
+    // Where the parent's object kind says nothing, any kind offered for new objects will do.
     const std::vector<TVObjectSpec*> allowed =
         base >= 0 ? db->get_allowable_specs(base, false) : db->get_specs(false);
     const auto spec = std::find_if(allowed.begin(), allowed.end(), [&name](const TVObjectSpec* s) {
