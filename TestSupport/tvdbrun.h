@@ -11,6 +11,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -39,6 +41,15 @@ inline TVDBRun run_tvdb(const std::vector<std::string>& args)
     result.m_out = process.readAllStandardOutput().toStdString();
     result.m_err = process.readAllStandardError().toStdString();
     return result;
+}
+
+// The bytes of a file, to compare before and after a command.
+inline std::string tv_file_bytes(const std::string& file)
+{
+    std::ifstream in(file, std::ios::binary);
+    std::ostringstream all;
+    all << in.rdbuf();
+    return all.str();
 }
 
 #endif // TVDBRUN_H

@@ -44,11 +44,6 @@ protected:
         ASSERT_EQ(db.complete_operation("Comment"), TVErrC_ok);
     }
 
-    static std::string slurp_file(const std::string& file)
-    {
-        std::ifstream in(file, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    }
 
     void spill(const std::string& text)
     {
@@ -106,7 +101,7 @@ TEST_F(TVDBFileCommandTest, DumpPrintsTheSerialFormAsTheFileHoldsIt)
 TEST_F(TVDBFileCommandTest, ScriptRunsAgainstAnObjectAndReportsWhereItFailed)
 {
     write_database();
-    const std::string before = slurp_file(m_file);
+    const std::string before = tv_file_bytes(m_file);
     TVDBRun answer = run_tvdb({"script", m_file, "3", "var n = 6;\nn * 7"});
     ASSERT_EQ(0, answer.m_exitCode) << answer.m_err;
     EXPECT_EQ("42\n", answer.m_out);
@@ -120,7 +115,7 @@ TEST_F(TVDBFileCommandTest, ScriptRunsAgainstAnObjectAndReportsWhereItFailed)
     TVDBRun missing = run_tvdb({"script", m_file, "2", "1"});
     EXPECT_EQ(1, missing.m_exitCode);
     EXPECT_EQ("tvdb script: " + m_file + " has no object 2\n", missing.m_err);
-    EXPECT_EQ(before, slurp_file(m_file));
+    EXPECT_EQ(before, tv_file_bytes(m_file));
 }
 
 TEST_F(TVDBFileCommandTest, FilesThatDontLoadFailWithTheirName)

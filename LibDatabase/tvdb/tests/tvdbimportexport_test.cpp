@@ -58,13 +58,6 @@ protected:
             count += db.get_object_by_index(i)->is_deleted() ? 0 : 1;
         return count;
     }
-    static std::string slurp(const std::string& file)
-    {
-        std::ifstream in(file, std::ios::binary);
-        std::ostringstream all;
-        all << in.rdbuf();
-        return all.str();
-    }
 
     QTemporaryDir m_dir;
     std::string m_root;
@@ -73,7 +66,7 @@ protected:
 TEST_F(TVDBImportExportTest, ExportWritesACopyThatLoadsAndMayClaimAnotherType)
 {
     const std::string file = make("drill.tvmaths", 3);
-    const std::string before = slurp(file);
+    const std::string before = tv_file_bytes(file);
     const std::string copy = m_root + "/out/copy.tvmaths";
     TVDBRun run = run_tvdb({"export", file, copy});
     ASSERT_EQ(run.m_exitCode, 0) << run.m_err;
@@ -85,7 +78,7 @@ TEST_F(TVDBImportExportTest, ExportWritesACopyThatLoadsAndMayClaimAnotherType)
     EXPECT_EQ(live(copy, "Diary"), 3);
     EXPECT_EQ(live(copy), -1) << "the copy claims the other type";
     EXPECT_EQ(live(file), 3) << "the file keeps its own";
-    EXPECT_EQ(slurp(file), before);
+    EXPECT_EQ(tv_file_bytes(file), before);
 
     run = run_tvdb({"export", file});
     EXPECT_EQ(run.m_exitCode, 2);
@@ -112,8 +105,8 @@ TEST_F(TVDBImportExportTest, ASourceThatIsNotThisProgramsDatabaseLeavesTheFile)
     const std::string garbage = m_root + "/notes.txt";
     std::ofstream(garbage) << "shopping list\n";
     const std::string foreign = make("diary.tvdiary", 1, "Diary");
-    const std::string before = slurp(file);
-    const std::string partial = slurp(TVDatabase::partial_name(file));
+    const std::string before = tv_file_bytes(file);
+    const std::string partial = tv_file_bytes(TVDatabase::partial_name(file));
     const struct {
         std::string source;
         std::string says;
@@ -127,8 +120,8 @@ TEST_F(TVDBImportExportTest, ASourceThatIsNotThisProgramsDatabaseLeavesTheFile)
         const TVDBRun run = run_tvdb({"import", file, c.source});
         EXPECT_EQ(run.m_exitCode, 1);
         EXPECT_NE(run.m_err.find(c.says), std::string::npos) << run.m_err;
-        EXPECT_EQ(slurp(file), before);
-        EXPECT_EQ(slurp(TVDatabase::partial_name(file)), partial);
+        EXPECT_EQ(tv_file_bytes(file), before);
+        EXPECT_EQ(tv_file_bytes(TVDatabase::partial_name(file)), partial);
         EXPECT_EQ(live(file), 2);
     }
 }

@@ -61,13 +61,6 @@ protected:
             count += db.get_object_by_index(i)->is_deleted() ? 0 : 1;
         return count;
     }
-    static std::string slurp(const std::string& file)
-    {
-        std::ifstream in(file, std::ios::binary);
-        std::ostringstream all;
-        all << in.rdbuf();
-        return all.str();
-    }
 
     QTemporaryDir m_dir;
     std::string m_share;
@@ -96,7 +89,7 @@ TEST_F(TVDBSyncCommandTest, MissingFolderOrAFileInUseIsRefusedAndTheFileStays)
 {
     make("kitchen", 1);
     const std::string file = be("kitchen");
-    const std::string before = slurp(file);
+    const std::string before = tv_file_bytes(file);
     TVDBRun run = run_tvdb({"sync", file, "--share", m_share + "/gone"});
     EXPECT_EQ(run.m_exitCode, 1);
     EXPECT_NE(run.m_err.find(m_share + "/gone"), std::string::npos) << run.m_err;
@@ -107,7 +100,7 @@ TEST_F(TVDBSyncCommandTest, MissingFolderOrAFileInUseIsRefusedAndTheFileStays)
         EXPECT_EQ(run.m_exitCode, 1);
         EXPECT_NE(run.m_err.find("is open in another program"), std::string::npos) << run.m_err;
     }
-    EXPECT_EQ(slurp(file), before);
+    EXPECT_EQ(tv_file_bytes(file), before);
     run = run_tvdb({"sync", file});
     EXPECT_EQ(run.m_exitCode, 2);
     run = run_tvdb({"sync", "--help"});
