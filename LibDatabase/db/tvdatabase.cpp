@@ -757,9 +757,11 @@ int TVDatabase::apply_active_note(TVDBObject& object)
                 TV_PASS_ON(delete_object(note->get_id(), ""));
             else
                 note->set_active(TVDBNote::E_Inactive);
+            // Only a taken note moves anything; resolving after every add
+            // made adding many objects quadratic.
+            resolve_containers();
             break;
         }
-        resolve_containers();
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
