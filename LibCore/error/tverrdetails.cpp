@@ -6,8 +6,8 @@
 #include "LibCore/log/tvdump.h"
 
 namespace {
-const int C_SeverityFactor = 100000;
-const int C_MaxValue = 5 * C_SeverityFactor - 1;
+constexpr int C_SeverityFactor = TVErrDetails::C_SeverityFactor;
+constexpr int C_MaxValue = 5 * C_SeverityFactor - 1;
 } // namespace
 
 TVErrDetails::TVErrDetails()

@@ -38,6 +38,7 @@ public:
 
     // value = severity * 100000 + code. Severity and code are defined for
     // values 0..499999 only; outside that the severity is 0 and the code -1.
+    static constexpr int C_SeverityFactor = 100000;
     static int compute_combination(int code, int severity);
     static int compute_severity(int value);
     static int compute_code(int value);

@@ -594,14 +594,14 @@ std::string tvlocation(const char* file, int line)
     return location;
 }
 
-bool istvwarn(int value)
+bool istvwarn_value(int value)
 {
     if (value < 0)
         return get_tverror()->get_severity() > 0;
     return TVErrDetails::compute_severity(value) > 0;
 }
 
-bool istverr(int value)
+bool istverr_value(int value)
 {
     if (value < 0)
         return get_tverror()->get_severity() >= TVSevError;

@@ -126,8 +126,18 @@ std::string tvlocation(const char* file, int line);
 #define TVLOCATION tvlocation(__FILE__, __LINE__)
 
 // Severity above 0 / 3 or above. A negative argument asks about the stack.
-bool istvwarn(int value);
-bool istverr(int value);
+// Inline for the value nearly every call sees, a plain code of severity 0:
+// every member of every object read or written asks.
+bool istvwarn_value(int value);
+bool istverr_value(int value);
+inline bool istvwarn(int value)
+{
+    return (value < 0 || value >= TVErrDetails::C_SeverityFactor) && istvwarn_value(value);
+}
+inline bool istverr(int value)
+{
+    return (value < 0 || value >= TVErrDetails::C_SeverityFactor) && istverr_value(value);
+}
 
 int tvsysreport(int code, TVErrSeverity severity, const std::string& location, const std::string& text);
 int tvfatal(int code, const std::string& location, const char* fmt, ...) __attribute__((format(printf, 3, 4)));
