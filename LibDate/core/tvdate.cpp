@@ -126,6 +126,12 @@ void TVDate::set_date(int year, int month, int day, int hour, int minute, int se
     m_timeZone = TVDateUtils::expand_timezone(zone, *this);
     long seconds = static_cast<long>(hour) * C_HourSecs + static_cast<long>(minute) * C_MinSecs +
                    second - TVDateUtils::zone_to_seconds(m_timeZone, true);
+    // A time within its day (every stored one in GMT): the day stands.
+    if (seconds >= 0 && seconds < C_DaySecs && micro >= 0 && micro < C_MicroSecs) {
+        m_second = static_cast<int>(seconds);
+        m_micro = micro;
+        return;
+    }
     set_moment(TVDateUtils::days_before_year(year) + dayOfYear, seconds, micro);
 }
 
@@ -481,7 +487,7 @@ char* put_stored(char* buffer, const TVDate& date)
 }
 
 // What operator>> makes of the digits and "-" it gathered, not empty.
-void read_digits(const std::string& digits, TVDate& date);
+void read_digits(std::string_view digits, TVDate& date);
 } // namespace
 
 std::ostream& operator<<(std::ostream& out, const TVDate& date)
@@ -499,7 +505,7 @@ void tv_date_append(std::string& out, const TVDate& date)
     out.append(buffer, static_cast<size_t>(end - buffer));
 }
 
-bool tv_date_from_digits(const std::string& text, TVDate& date)
+bool tv_date_from_digits(std::string_view text, TVDate& date)
 {
     if (text.empty())
         return false;
@@ -558,11 +564,11 @@ std::istream& operator>>(std::istream& in, TVDate& date)
 }
 
 namespace {
-void read_digits(const std::string& digits, TVDate& date)
+void read_digits(std::string_view digits, TVDate& date)
 {
     if (digits.size() <= C_TimeTDigits) {
         // Files of old wrote a bare time_t.
-        date.set_time_t(std::atol(digits.c_str()), TVDate::C_DefaultTime);
+        date.set_time_t(std::atol(std::string(digits).c_str()), TVDate::C_DefaultTime);
         TVDateDetails local(date, date.get_timezone());
         int zone = TVDateUtils::set_dst_flag(
             date.get_timezone(),

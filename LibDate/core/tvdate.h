@@ -31,6 +31,7 @@
 
 #include <iosfwd>
 #include <string>
+#include <string_view>
 
 #include "LibDate/core/tvduration.h"
 #include "LibObject/core/tvid.h"
@@ -177,7 +178,7 @@ std::istream& operator>>(std::istream& in, TVDate& date);
 // of digits and "-" alone read as operator>> reads it (false for any other
 // text, which only the stream reads).
 void tv_date_append(std::string& out, const TVDate& date);
-bool tv_date_from_digits(const std::string& text, TVDate& date);
+bool tv_date_from_digits(std::string_view text, TVDate& date);
 
 // Older code reached the helpers through this header alone.
 #include "LibDate/core/tvdateutils.h"

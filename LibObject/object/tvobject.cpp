@@ -4,6 +4,8 @@
 #include "LibObject/object/tvconnection.h"
 #include "LibObject/object/tvconnectiondata.h"
 #include "LibObject/object/tvobjectindex.h"
+#include "LibObject/object/tvreadfields.h"
+#include "LibObject/object/tvreusedstream.h"
 #include "LibObject/object/tvserialform.h"
 #include "LibObject/object/tvsignalint.h"
 #include "LibObject/object/tvsignalobject.h"
@@ -34,47 +36,6 @@ namespace {
 
 using Entries = TVPtrArray<TVSerialisationEntry>;
 
-// A string stream is costly to make (it builds its locale's facets), and a
-// member's value is read and written through one: each depth of nesting
-// reuses its own, set back to a fresh stream's state. Nested objects read
-// and write their members inside a member's read or write, hence depths.
-template <class Stream>
-class ReusedStream
-{
-public:
-    ReusedStream() : m_depth(depth()++)
-    {
-        std::vector<std::unique_ptr<Stream>>& all = pool();
-        if (all.size() <= m_depth)
-            all.push_back(std::make_unique<Stream>());
-        Stream& stream = *all[m_depth];
-        stream.str(std::string());
-        stream.clear();
-        stream.flags(std::ios_base::skipws | std::ios_base::dec);
-        stream.precision(6);
-        stream.width(0);
-        stream.fill(' ');
-    }
-    ~ReusedStream() { --depth(); }
-    ReusedStream(const ReusedStream&) = delete;
-    ReusedStream& operator=(const ReusedStream&) = delete;
-
-    Stream& get() { return *pool()[m_depth]; }
-
-private:
-    static std::vector<std::unique_ptr<Stream>>& pool()
-    {
-        thread_local std::vector<std::unique_ptr<Stream>> streams;
-        return streams;
-    }
-    static size_t& depth()
-    {
-        thread_local size_t level = 0;
-        return level;
-    }
-    size_t m_depth;
-};
-
 // Whether the escape would change text: it holds NUL, LF, CR or backslash.
 bool needs_escape(const std::string& text)
 {
@@ -89,113 +50,32 @@ bool is_field(const TVSerialisationEntry& entry)
     return entry.get_entrytype() == TVSerialisationEntry::E_TaggedField;
 }
 
-bool is_class(const TVSerialisationEntry& entry)
-{
-    return entry.get_entrytype() == TVSerialisationEntry::E_TaggedClass;
-}
-
-// Hands each entry that match accepts to srl.read, removing it; only the
-// first unless the binder takes many. found tells whether any matched,
-// first where the first one stood.
-template <class Match>
-int consume_entries(Entries& entries, TVSrl& srl, Match match, bool& found, int& first,
-                    std::string* first_tag = nullptr)
-{
-    found = false;
-    for (int i = 0; i < entries.size();) {
-        if (!match(*entries[i])) {
-            ++i;
-            continue;
-        }
-        if (!found) {
-            first = i;
-            if (first_tag != nullptr)
-                *first_tag = entries[i]->get_tag();
-        }
-        found = true;
-        if (srl.read_text(entries[i]->get_value())) {
-            (void)entries.erase(i); // i is in range
-        } else {
-            ReusedStream<std::istringstream> lease;
-            std::istringstream& text = lease.get();
-            text.str(entries[i]->get_value());
-            (void)entries.erase(i);
-            const int result = srl.read(text);
-            if (istvwarn(result))
-                return result;
-        }
-        if (!srl.handle_multiple())
-            break;
-    }
-    return TVErrC_ok;
-}
-
-// Deletes every entry that match accepts. A single-valued member calls it
-// after taking its entry: a later line of the same member would otherwise
-// be kept as unknown, written back, and, whenever the member sits at its
-// default and so is not written, be read as the member's value next time.
-// Entries before from are known not to match.
-template <class Match>
-void drop_entries(Entries& entries, Match match, int from = 0)
-{
-    for (int i = entries.size(); i-- > from;)
-        if (match(*entries[i]))
-            (void)entries.erase(i);
-}
-
-// Moves the value of every entry with tag, of any kind, to add.
-// The read half that a member and a nested object share: the matching
-// entries go to srl, and a single-valued one then drops its later lines.
-// With by_suffix, a member under another prefix (its class renamed or
-// moved) is taken when none matches exactly.
-template <class Exact, class Suffix>
-int read_matching(Entries& entries, TVSrl& srl, Exact exact, Suffix suffix, bool by_suffix)
-{
-    bool found = false;
-    int first = 0;
-    int result = consume_entries(entries, srl, exact, found, first);
-    std::string suffixTag;
-    bool bySuffix = false;
-    if (!istvwarn(result) && !found && !srl.handle_multiple() && by_suffix) {
-        result = consume_entries(entries, srl, suffix, found, first, &suffixTag);
-        bySuffix = found;
-    }
-    if (istvwarn(result))
-        return result;
-    if (srl.handle_multiple())
-        return TVErrC_ok;
-    if (!found)
-        return TVErrC_okEndOfFile;
-    // Only later lines of the very tag that was taken go: another prefix
-    // with the same suffix is another program's member, kept as unknown.
-    if (bySuffix)
-        drop_entries(
-            entries, [&](const TVSerialisationEntry& e) { return is_field(e) && e.get_tag() == suffixTag; },
-            first);
-    else
-        drop_entries(entries, exact, first);
-    return TVErrC_ok;
-}
-
-template <class Add>
-void move_tagged_values(Entries& entries, const std::string& tag, Add add)
-{
-    for (int i = 0; i < entries.size();) {
-        if (entries[i]->get_tag() != tag) {
-            ++i;
-            continue;
-        }
-        add(entries[i]->get_value());
-        (void)entries.erase(i);
-    }
-}
-
 // Called for every line written: the location is only made on a failure.
 int check_written(const std::ostream& out, const char* file, int line)
 {
     if (out)
         return TVErrC_ok;
     return tvwarning(TVErrC_FileWrite, tvlocation(file, line), "Write operation failed.");
+}
+
+// The table a read goes through: read_class's, or, for a serialise()
+// called on its own, one made of the read entries.
+template <class Op>
+int with_fields(TVObject& object, Op op)
+{
+    if (TVReadFields* fields = TVReadFields::current(object))
+        return op(*fields);
+    TVReadFields::Scope scope(object, true);
+    return op(scope.fields());
+}
+
+template <class Add>
+int take_all(TVObject& object, const TVReadFields::Tag& full, Add add)
+{
+    return with_fields(object, [&](TVReadFields& fields) {
+        fields.take_all(full, add);
+        return TVErrC_ok;
+    });
 }
 
 } // namespace
@@ -486,7 +366,8 @@ int TVObject::read_class(std::istream& in, TVObject*& out, int version)
 
 namespace {
 
-// Lines of a stream, as getline gives them, cleaned.
+// Lines of a stream, as getline gives them, cleaned; each is gone when
+// the next is taken.
 struct StreamLines {
     std::istream& m_in;
     std::string m_held;
@@ -498,11 +379,17 @@ struct StreamLines {
         line = m_held;
         return true;
     }
-    int read_entries(TVObject& target) { return target.read_class_entries(m_in); }
+    bool next(std::string_view& line, bool& stable)
+    {
+        stable = false;
+        return next(line);
+    }
+    bool ended_by_lf(std::string_view) const { return false; }
     std::istream* direction() { return &m_in; }
 };
 
-// Lines of text in memory; the text is advanced as they are taken.
+// Lines of text in memory; the text is advanced as they are taken. A line
+// is a view of the text unless it needed cleaning.
 struct ViewLines {
     std::string_view& m_in;
     std::string m_scratch;
@@ -513,8 +400,19 @@ struct ViewLines {
         line = clean_line(line, m_scratch);
         return true;
     }
-    int read_entries(TVObject& target) { return target.read_class_entries(m_in); }
-    // serialise bodies read from the entries only; the stream tells the direction.
+    bool next(std::string_view& line, bool& stable)
+    {
+        if (!next(line))
+            return false;
+        stable = line.data() != m_scratch.data();
+        return true;
+    }
+    bool ended_by_lf(std::string_view line) const
+    {
+        return m_in.data() == line.data() + line.size() + 1;
+    }
+    // serialise bodies read from the gathered lines only; the stream tells
+    // the direction.
     std::istream* direction()
     {
         thread_local std::istringstream none;
@@ -564,10 +462,14 @@ int read_class_from(Lines& lines, TVObject** outClass, TVObject* inClass, int ve
         }
 
         target->clear_unhandled_data();
-        int result = lines.read_entries(*target);
-        if (!istvwarn(result))
-            result = target->serialise(lines.direction(), nullptr, TVObject::C_EmptyString,
-                                       version);
+        int result = TVErrC_ok;
+        {
+            TVReadFields::Scope fields(*target, false);
+            result = fields.fields().gather(lines);
+            if (!istvwarn(result))
+                result = target->serialise(lines.direction(), nullptr, TVObject::C_EmptyString,
+                                           version);
+        }
         if (istvwarn(result))
             return tv_trail_return(result, TVLOCATION);
         if (outClass != nullptr)
@@ -639,11 +541,11 @@ int TVObject::write_unhandled_data(int, std::ostream& out) const
 // ---- Helpers for serialise bodies ----------------------------------------------
 
 int TVObject::serialise_value(std::istream* in, std::ostream* out, const std::string& prefix,
-                              const std::string& tag, TVSrl& srl, bool matchSuffix)
+                              std::string_view tag, TVSrl& srl, bool matchSuffix)
 {
-    const std::string ctag = make_ctag(prefix, tag);
     try {
         if (out != nullptr) {
+            const std::string ctag = make_ctag(prefix, tag);
             const int count = srl.get_nentries();
             // An unknown line with this tag's suffix (another program's
             // member) is written back after ours; were ours left out at its
@@ -660,7 +562,7 @@ int TVObject::serialise_value(std::istream* in, std::ostream* out, const std::st
                 std::string value;
                 int result = TVErrC_ok;
                 if (!srl.write_text(value, i)) {
-                    ReusedStream<std::ostringstream> lease;
+                    TVReusedStream<std::ostringstream> lease;
                     std::ostringstream& text = lease.get();
                     result = srl.write(text, i);
                     value = text.str();
@@ -684,14 +586,10 @@ int TVObject::serialise_value(std::istream* in, std::ostream* out, const std::st
         if (istvwarn(result))
             return tv_trail_return(result, TVLOCATION);
         srl.set_default();
-        const auto exact = [&ctag](const TVSerialisationEntry& entry) {
-            return is_field(entry) && entry.get_tag() == ctag;
-        };
-        // The member under another prefix: its class was renamed or moved.
-        const auto bySuffix = [&tag](const TVSerialisationEntry& entry) {
-            return is_field(entry) && strip_prefix(entry.get_tag()) == tag;
-        };
-        result = read_matching(m_serEntries, srl, exact, bySuffix, matchSuffix);
+        const TVReadFields::Tag full(prefix, tag);
+        result = with_fields(*this, [&](TVReadFields& fields) {
+            return fields.read_value(srl, full, tag, matchSuffix);
+        });
         return istvwarn(result) ? tv_trail_return(result, TVLOCATION) : result;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
@@ -699,11 +597,11 @@ int TVObject::serialise_value(std::istream* in, std::ostream* out, const std::st
 }
 
 int TVObject::serialise_object(std::istream* in, std::ostream* out, const std::string& prefix,
-                               const std::string& tag, TVSrl& srl)
+                               std::string_view tag, TVSrl& srl)
 {
-    const std::string ctag = make_ctag(prefix, tag);
     try {
         if (out != nullptr) {
+            const std::string ctag = make_ctag(prefix, tag);
             if (srl.is_default())
                 return TVErrC_ok;
             const int count = srl.get_nentries();
@@ -724,10 +622,9 @@ int TVObject::serialise_object(std::istream* in, std::ostream* out, const std::s
         int result = srl.start_read();
         if (istvwarn(result))
             return tv_trail_return(result, TVLOCATION);
-        const auto exact = [&ctag](const TVSerialisationEntry& entry) {
-            return is_class(entry) && entry.get_tag() == ctag;
-        };
-        result = read_matching(m_serEntries, srl, exact, exact, false);
+        const TVReadFields::Tag full(prefix, tag);
+        result = with_fields(
+            *this, [&](TVReadFields& fields) { return fields.read_object(srl, full); });
         return istvwarn(result) ? tv_trail_return(result, TVLOCATION) : result;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
@@ -735,11 +632,11 @@ int TVObject::serialise_object(std::istream* in, std::ostream* out, const std::s
 }
 
 int TVObject::serialise_string(std::istream* in, std::ostream* out, const std::string& prefix,
-                               const std::string& tag, std::string& value, bool omitEmpty)
+                               std::string_view tag, std::string& value, bool omitEmpty)
 {
-    const std::string ctag = make_ctag(prefix, tag);
     try {
         if (out != nullptr) {
+            const std::string ctag = make_ctag(prefix, tag);
             if (omitEmpty && value.empty())
                 return TVErrC_ok;
             const int result = TVSerialisationEntry::write_tagged_field(ctag, value, *out);
@@ -749,29 +646,21 @@ int TVObject::serialise_string(std::istream* in, std::ostream* out, const std::s
             return TVErrC_ok;
         if (omitEmpty)
             value.clear();
-        const auto exact = [&ctag](const TVSerialisationEntry& entry) {
-            return is_field(entry) && entry.get_tag() == ctag;
-        };
-        for (int i = 0; i < m_serEntries.size(); ++i) {
-            if (exact(*m_serEntries[i])) {
-                value = m_serEntries[i]->get_value();
-                drop_entries(m_serEntries, exact, i);
-                return TVErrC_ok;
-            }
-        }
-        return TVErrC_okEndOfFile;
+        const TVReadFields::Tag full(prefix, tag);
+        return with_fields(
+            *this, [&](TVReadFields& fields) { return fields.read_string(full, value); });
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
 }
 
 int TVObject::serialise_string_array(std::istream* in, std::ostream* out,
-                                     const std::string& prefix, const std::string& tag,
+                                     const std::string& prefix, std::string_view tag,
                                      TVPtrArray<std::string>& values)
 {
-    const std::string ctag = make_ctag(prefix, tag);
     try {
         if (out != nullptr) {
+            const std::string ctag = make_ctag(prefix, tag);
             for (const std::string* value : values) {
                 if (value == nullptr)
                     continue;
@@ -784,21 +673,21 @@ int TVObject::serialise_string_array(std::istream* in, std::ostream* out,
         if (in == nullptr)
             return TVErrC_ok;
         values.clear();
-        move_tagged_values(m_serEntries, ctag,
-                           [&values](const std::string& value) { values.add(new std::string(value)); });
-        return TVErrC_ok;
+        return take_all(*this, TVReadFields::Tag(prefix, tag), [&values](std::string_view value) {
+            values.add(new std::string(value));
+        });
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
 }
 
 int TVObject::serialise_string_vector(std::istream* in, std::ostream* out,
-                                      const std::string& prefix, const std::string& tag,
+                                      const std::string& prefix, std::string_view tag,
                                       std::vector<std::string>& values)
 {
-    const std::string ctag = make_ctag(prefix, tag);
     try {
         if (out != nullptr) {
+            const std::string ctag = make_ctag(prefix, tag);
             for (const std::string& value : values) {
                 const int result = TVSerialisationEntry::write_tagged_field(ctag, value, *out);
                 if (istvwarn(result))
@@ -809,21 +698,20 @@ int TVObject::serialise_string_vector(std::istream* in, std::ostream* out,
         if (in == nullptr)
             return TVErrC_ok;
         values.clear();
-        move_tagged_values(m_serEntries, ctag,
-                           [&values](const std::string& value) { values.push_back(value); });
-        return TVErrC_ok;
+        return take_all(*this, TVReadFields::Tag(prefix, tag),
+                        [&values](std::string_view value) { values.emplace_back(value); });
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
 }
 
 int TVObject::serialise_string_maparray(std::istream* in, std::ostream* out,
-                                        const std::string& prefix, const std::string& tag,
+                                        const std::string& prefix, std::string_view tag,
                                         TVPtrArrayIndex<std::string>& values, bool replace)
 {
-    const std::string ctag = make_ctag(prefix, tag);
     try {
         if (out != nullptr) {
+            const std::string ctag = make_ctag(prefix, tag);
             for (int i = 0; i < values.size(); ++i) {
                 const int result = TVSerialisationEntry::write_tagged_field(
                     ctag, TVSrlStringMapArray::pair_text(values, i), *out);
@@ -835,10 +723,10 @@ int TVObject::serialise_string_maparray(std::istream* in, std::ostream* out,
         if (in == nullptr)
             return TVErrC_ok;
         values.clear();
-        move_tagged_values(m_serEntries, ctag, [&values, replace](const std::string& line) {
-            TVSrlStringMapArray::insert_pair(values, line, replace);
-        });
-        return TVErrC_ok;
+        return take_all(*this, TVReadFields::Tag(prefix, tag),
+                        [&values, replace](std::string_view line) {
+                            TVSrlStringMapArray::insert_pair(values, std::string(line), replace);
+                        });
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }
@@ -860,16 +748,10 @@ int TVObject::serialise_data(std::istream* in, std::ostream* out, TVPtrArray<std
         if (in == nullptr)
             return TVErrC_ok;
         lines.clear();
-        for (int i = 0; i < m_serEntries.size();) {
-            const TVSerialisationEntry& entry = *m_serEntries[i];
-            if (entry.get_entrytype() != TVSerialisationEntry::E_RawData) {
-                ++i;
-                continue;
-            }
-            lines.add(new std::string(entry.get_value()));
-            (void)m_serEntries.erase(i);
-        }
-        return TVErrC_ok;
+        return with_fields(*this, [&lines](TVReadFields& fields) {
+            fields.take_raw([&lines](std::string_view line) { lines.add(new std::string(line)); });
+            return TVErrC_ok;
+        });
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);
     }

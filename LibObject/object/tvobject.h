@@ -44,6 +44,7 @@ class TVConnectionData;
 class TVSignalInt;
 class TVSignalObject;
 class TVSignalVoid;
+class TVReadFields;
 class TVSrl;
 
 // When set, write_class leaves out the read entries (they stay in memory).
@@ -194,20 +195,20 @@ protected:
     // entry whose tag ends in "+" tag, or is tag alone: a base class may be
     // renamed without losing its members.
     [[nodiscard]] int serialise_value(std::istream* in, std::ostream* out,
-                                      const std::string& prefix, const std::string& tag,
+                                      const std::string& prefix, std::string_view tag,
                                       TVSrl& srl, bool matchSuffix = false);
     [[nodiscard]] int serialise_value(std::istream* in, std::ostream* out,
-                                      const std::string& prefix, const std::string& tag,
+                                      const std::string& prefix, std::string_view tag,
                                       TVSrl&& srl, bool matchSuffix = false)
     {
         return serialise_value(in, out, prefix, tag, static_cast<TVSrl&>(srl), matchSuffix);
     }
     // A tagged class ("@" tag, then the object) per object of the binder.
     [[nodiscard]] int serialise_object(std::istream* in, std::ostream* out,
-                                       const std::string& prefix, const std::string& tag,
+                                       const std::string& prefix, std::string_view tag,
                                        TVSrl& srl);
     [[nodiscard]] int serialise_object(std::istream* in, std::ostream* out,
-                                       const std::string& prefix, const std::string& tag,
+                                       const std::string& prefix, std::string_view tag,
                                        TVSrl&& srl)
     {
         return serialise_object(in, out, prefix, tag, static_cast<TVSrl&>(srl));
@@ -215,21 +216,20 @@ protected:
     // One tagged field; with omitEmpty an empty value is not written and a
     // read that finds nothing leaves it empty.
     [[nodiscard]] int serialise_string(std::istream* in, std::ostream* out,
-                                       const std::string& prefix, const std::string& tag,
+                                       const std::string& prefix, std::string_view tag,
                                        std::string& value, bool omitEmpty);
     // One tagged field per element. The array must own its elements.
     [[nodiscard]] int serialise_string_array(std::istream* in, std::ostream* out,
-                                             const std::string& prefix, const std::string& tag,
+                                             const std::string& prefix, std::string_view tag,
                                              TVPtrArray<std::string>& values);
     [[nodiscard]] int serialise_string_vector(std::istream* in, std::ostream* out,
-                                              const std::string& prefix, const std::string& tag,
+                                              const std::string& prefix, std::string_view tag,
                                               std::vector<std::string>& values);
     // One tagged field "key=value" per pair, in insertion order. With
     // replace a later line of a key replaces the earlier one; without it
     // the first one stays. The map must own its values.
     [[nodiscard]] int serialise_string_maparray(std::istream* in, std::ostream* out,
-                                                const std::string& prefix,
-                                                const std::string& tag,
+                                                const std::string& prefix, std::string_view tag,
                                                 TVPtrArrayIndex<std::string>& values, bool replace);
     // The class's raw lines. The array must own its elements.
     [[nodiscard]] int serialise_data(std::istream* in, std::ostream* out,
@@ -237,6 +237,7 @@ protected:
 
 private:
     friend class TVConnectionData;
+    friend class TVReadFields; // the entries of an object being read
 
     // Takes connection; makes both tables as needed.
     int add_connection(TVObject* sender, TVConnection* connection);

@@ -30,9 +30,16 @@ inline bool is_reserved_first(char c)
 }
 
 // prefix "+" tag, or the tag alone for an empty prefix.
-inline std::string make_ctag(const std::string& prefix, const std::string& tag)
+inline std::string make_ctag(std::string_view prefix, std::string_view tag)
 {
-    return prefix.empty() ? tag : prefix + C_PrefixSep + tag;
+    std::string ctag;
+    ctag.reserve(prefix.size() + 1 + tag.size());
+    if (!prefix.empty()) {
+        ctag.append(prefix.data(), prefix.size());
+        ctag += C_PrefixSep;
+    }
+    ctag.append(tag.data(), tag.size());
+    return ctag;
 }
 
 // What follows the last "+" of a tag; the whole tag if it has none.

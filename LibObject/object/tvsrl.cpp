@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <istream>
 #include <iterator>
 #include <ostream>
@@ -50,7 +51,7 @@ namespace {
 
 // "-"? digits, and with fraction "." digits after them: what the writer
 // gives, and all that the fast paths take.
-bool is_plain_number(const std::string& text, bool fraction)
+bool is_plain_number(std::string_view text, bool fraction)
 {
     size_t i = text.size() > 0 && text[0] == '-' ? 1 : 0;
     const size_t digits = i;
@@ -69,7 +70,7 @@ bool is_plain_number(const std::string& text, bool fraction)
 }
 
 template <class T>
-bool parse_number(const std::string& text, T& value, bool fraction)
+bool parse_number(std::string_view text, T& value, bool fraction)
 {
     if (!is_plain_number(text, fraction))
         return false;
@@ -93,17 +94,17 @@ bool format_integer(std::string& out, T value)
 
 } // namespace
 
-bool tv_srl_parse(const std::string& text, int& value)
+bool tv_srl_parse(std::string_view text, int& value)
 {
     return parse_number(text, value, false);
 }
 
-bool tv_srl_parse(const std::string& text, long& value)
+bool tv_srl_parse(std::string_view text, long& value)
 {
     return parse_number(text, value, false);
 }
 
-bool tv_srl_parse(const std::string& text, bool& value)
+bool tv_srl_parse(std::string_view text, bool& value)
 {
     if (text != "0" && text != "1")
         return false;
@@ -111,19 +112,19 @@ bool tv_srl_parse(const std::string& text, bool& value)
     return true;
 }
 
-bool tv_srl_parse(const std::string& text, double& value)
+bool tv_srl_parse(std::string_view text, double& value)
 {
     return parse_number(text, value, true);
 }
 
-bool tv_srl_parse(const std::string& text, std::string& value)
+bool tv_srl_parse(std::string_view text, std::string& value)
 {
     value.clear();
     tv_stream_in_append(text, value);
     return true;
 }
 
-bool tv_srl_parse(const std::string& text, char& value)
+bool tv_srl_parse(std::string_view text, char& value)
 {
     // As tv_srl_extract: the first byte of the unescaped text.
     if (text.empty())
@@ -157,6 +158,32 @@ bool tv_srl_format(std::string& out, bool value, int)
 
 bool tv_srl_format(std::string& out, double value, int precision)
 {
+    // Fixed with a few decimals, as stored measures are: the scaled value
+    // rounded, when it is plainly not near a half (where only the exact
+    // decimal expansion knows which way to go).
+    static const double scales[] = {1, 10, 100, 1e3, 1e4, 1e5, 1e6};
+    const double scaled = precision > 0 && precision <= 6 ? value * scales[precision] : 0.0;
+    // Below 1e9 the product is off the exact one by less than 1e-7.
+    if (scaled != 0.0 && std::fabs(scaled) < 1e9) {
+        const double rounded = std::nearbyint(scaled);
+        if (std::fabs(std::fabs(scaled - rounded) - 0.5) > 1e-6 && rounded != 0) {
+            long long whole = static_cast<long long>(std::fabs(rounded));
+            char digits[32];
+            int n = 0;
+            for (int i = 0; i < precision; ++i, whole /= 10)
+                digits[n++] = static_cast<char>('0' + whole % 10);
+            digits[n++] = '.';
+            do {
+                digits[n++] = static_cast<char>('0' + whole % 10);
+                whole /= 10;
+            } while (whole != 0);
+            if (rounded < 0)
+                out += '-';
+            while (n > 0)
+                out += digits[--n];
+            return true;
+        }
+    }
     // The stream's defaults: "%g" with 6 digits; or "%.*f".
     char buffer[400];
     const std::to_chars_result r =

@@ -12,6 +12,7 @@
 #include <istream>
 #include <ostream>
 #include <string>
+#include <string_view>
 
 class TVSrl
 {
@@ -38,7 +39,7 @@ public:
     // text, and the text of value index appended to out. false when the
     // binder has no such path or the text is not in its plain form; the
     // stream then does it.
-    virtual bool read_text(const std::string&) { return false; }
+    virtual bool read_text(std::string_view) { return false; }
     virtual bool write_text(std::string&, int) const { return false; }
 };
 
@@ -70,16 +71,16 @@ void tv_srl_insert(std::ostream& out, const T& value)
 // anything else, which the stream reads as it always did; format gives the
 // stream's text byte for byte (precision > 0: fixed with that many decimals).
 template <class T>
-bool tv_srl_parse(const std::string&, T&)
+bool tv_srl_parse(std::string_view, T&)
 {
     return false;
 }
-bool tv_srl_parse(const std::string& text, int& value);
-bool tv_srl_parse(const std::string& text, long& value);
-bool tv_srl_parse(const std::string& text, bool& value);
-bool tv_srl_parse(const std::string& text, double& value);
-bool tv_srl_parse(const std::string& text, std::string& value);
-bool tv_srl_parse(const std::string& text, char& value);
+bool tv_srl_parse(std::string_view text, int& value);
+bool tv_srl_parse(std::string_view text, long& value);
+bool tv_srl_parse(std::string_view text, bool& value);
+bool tv_srl_parse(std::string_view text, double& value);
+bool tv_srl_parse(std::string_view text, std::string& value);
+bool tv_srl_parse(std::string_view text, char& value);
 
 template <class T>
 bool tv_srl_format(std::string&, const T&, int)

@@ -20,7 +20,7 @@
 #include <ostream>
 #include <string>
 
-inline bool tv_srl_parse(const std::string& text, TVDate& value)
+inline bool tv_srl_parse(std::string_view text, TVDate& value)
 {
     return tv_date_from_digits(text, value);
 }
@@ -64,7 +64,7 @@ public:
         return TVErrC_ok;
     }
 
-    bool read_text(const std::string& text) override { return tv_srl_parse(text, *m_member); }
+    bool read_text(std::string_view text) override { return tv_srl_parse(text, *m_member); }
 
     bool write_text(std::string& out, int) const override
     {

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <iomanip>
 #include <limits>
+#include <random>
 #include <sstream>
 #include <string>
 
@@ -45,6 +46,17 @@ TEST(SrlTextTest, NumbersAndDatesAreWrittenAsTheStreamWritesThem)
             ASSERT_TRUE(tv_srl_format(text, v, precision));
             EXPECT_EQ(text, streamed(v, precision)) << v << " at " << precision;
         }
+    // Measures of every size and near every rounding edge, at each precision.
+    std::mt19937_64 rng(11);
+    for (int n = 0; n < 20000; ++n) {
+        const double v = static_cast<double>(static_cast<int64_t>(rng() % 2000001) - 1000000) /
+                             std::pow(10.0, static_cast<double>(rng() % 9)) +
+                         (n % 2 == 0 ? 0.0 : std::ldexp(static_cast<double>(rng() % 1000), -40));
+        const int precision = 1 + static_cast<int>(rng() % 6);
+        std::string text;
+        ASSERT_TRUE(tv_srl_format(text, v, precision));
+        ASSERT_EQ(text, streamed(v, precision)) << v << " at " << precision;
+    }
     for (const long v : {0L, -1L, 42L, std::numeric_limits<long>::min(),
                          std::numeric_limits<long>::max()}) {
         std::string text;
