@@ -446,10 +446,17 @@ void TVDateUtils::calc_yearday(int year, int month, int day, int& outYear, int& 
     long fullYear = year + floor_div(month, TVDate::C_YearMonths);
     int monthInYear = floor_mod(month, TVDate::C_YearMonths);
     const int* lengths = month_table(fullYear);
-    long days = days_before_year(fullYear) + day;
+    long inYear = day;
     for (int m = 0; m < monthInYear; ++m)
-        days += lengths[m];
-    split_days(days, outYear, dayOfYear);
+        inYear += lengths[m];
+    // A day within its year, as every stored date is: no search for the year.
+    if (inYear >= 0 && inYear < days_in_year(static_cast<int>(fullYear)) &&
+        fullYear == static_cast<int>(fullYear)) {
+        outYear = static_cast<int>(fullYear);
+        dayOfYear = static_cast<int>(inYear);
+        return;
+    }
+    split_days(days_before_year(fullYear) + inYear, outYear, dayOfYear);
 }
 
 // ---- Rounding ---------------------------------------------------------------
