@@ -4,6 +4,7 @@
 #include "LibCore/application/tvappstatussetter.h"
 #include "LibCore/fileutils/tvfilefaults.h"
 #include "LibCore/fileutils/tvfileutils.h"
+#include "LibCore/textstr/tvstringout.h"
 #include "LibDatabase/db/tvcachename.h"
 #include "LibDatabase/db/tvdatabase_p.h"
 #include "LibDatabase/db/tvdbfilenames.h"
@@ -57,9 +58,9 @@ int TVDBSaver::save(bool mark_write, bool manual, bool verify_file)
         }
 
         // The whole text first, then one write: the file is open briefly.
-        std::ostringstream text;
+        TVStringOut text;
         TV_PASS_ON(TVDBWriter(m_db).write(text, 0, false, std::string(), -1));
-        TV_PASS_ON(tv_db_write_file(newFile, text.str(), false));
+        TV_PASS_ON(tv_db_write_file(newFile, text.text(), false));
 
         const bool existed = tv_file_exists(file);
         bool madeBase = false;
@@ -512,7 +513,7 @@ int TVDBSaver::export_db(const std::string& file, std::string* text, bool check,
         const std::string ownType = d->m_appType;
         if (!app_type.empty())
             d->m_appType = app_type;
-        std::ostringstream out;
+        TVStringOut out;
         int result = TVErrC_ok;
         try {
             result = TVDBWriter(m_db).write(out, 0, false, std::string(), -1);
@@ -524,10 +525,10 @@ int TVDBSaver::export_db(const std::string& file, std::string* text, bool check,
         TV_PASS_ON(result);
         if (file.empty()) {
             if (text != nullptr)
-                *text = out.str();
+                *text = out.take();
             return TVErrC_ok;
         }
-        TV_PASS_ON(tv_db_save_file(file, out.str()));
+        TV_PASS_ON(tv_db_save_file(file, out.text()));
         if (check) {
             std::unique_ptr<TVDatabase> copy(
                 m_db.create_verification_db(app_type.empty() ? ownType : app_type));
@@ -536,7 +537,7 @@ int TVDBSaver::export_db(const std::string& file, std::string* text, bool check,
                                file.c_str());
         }
         if (text != nullptr)
-            *text = out.str();
+            *text = out.take();
         return TVErrC_ok;
     } catch (const TVErrDetails&) {
         tv_trail_throw(TVLOCATION);

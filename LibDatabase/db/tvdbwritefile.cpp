@@ -130,8 +130,23 @@ int tv_db_read_file(const std::string& name, std::string& text)
     std::ifstream in(name, std::ios::binary);
     if (TVFileFaults::should_fail(TVFileFaults::E_OpRead, name) || !in)
         return tvwarning(TVErrC_FileOpen, TVLOCATION, "Could not open the file %s", name.c_str());
-    std::ostringstream all;
-    all << in.rdbuf();
-    text = all.str();
+    // Straight into the string: a whole family file is tens of megabytes.
+    in.seekg(0, std::ios::end);
+    const std::streamoff size = in.tellg();
+    in.seekg(0, std::ios::beg);
+    if (size > 0) {
+        text.resize(static_cast<size_t>(size));
+        in.read(&text[0], size);
+        text.resize(static_cast<size_t>(in.gcount()));
+    }
+    // A file that grew while it was read, or whose size isn't known.
+    if (size <= 0 || in.gcount() == size) {
+        in.clear();
+        std::ostringstream rest;
+        rest << in.rdbuf();
+        text += rest.str();
+    }
+    if (in.bad())
+        return tvwarning(TVErrC_FileRead, TVLOCATION, "Could not read the file %s", name.c_str());
     return TVErrC_ok;
 }
