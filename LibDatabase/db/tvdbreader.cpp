@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <deque>
 #include <memory>
 #include <sstream>
 #include <vector>
@@ -143,24 +144,10 @@ int TVDBReader::read_block(std::string_view text, bool partial, bool skip_saved,
         std::unique_ptr<TVDBObject> m_object;
         std::string_view m_text;
     };
-    // The block's entries; an object's lines stay where they are in text
-    // unless they needed cleaning (then they are the entry's value).
-    struct Item {
-        TVSerialisationEntry m_entry;
-        std::string_view m_lines;
-    };
-    std::vector<Item> items;
-    {
-        std::string_view in = text;
-        for (;;) {
-            Item item;
-            const int result = item.m_entry.read_entry(in, item.m_lines);
-            if (result == TVErrC_okEndOfRecord)
-                break;
-            TV_PASS_ON(result);
-            items.push_back(std::move(item));
-        }
-    }
+    // An object's lines stay where they are in text unless they needed
+    // cleaning; then they are the entry's value, kept here while the
+    // objects are staged.
+    std::deque<TVSerialisationEntry> cleaned;
     std::vector<Staged> staged;
     std::string blockDb;
     bool localSkip = skip;
@@ -168,8 +155,17 @@ int TVDBReader::read_block(std::string_view text, bool partial, bool skip_saved,
     int nextTag = d->m_partialNextTag;
     std::map<int, std::string> ops;
     const int lastSave = d->m_index.get_last_save();
-    for (const Item& item : items) {
-        const TVSerialisationEntry& entry = item.m_entry;
+    // The versions the block names take effect with its objects.
+    int fileVersion = d->m_databaseFileVersion;
+    int appVersion = d->m_appFileVersion;
+    std::string_view in = text;
+    for (;;) {
+        TVSerialisationEntry entry;
+        std::string_view block;
+        const int read = entry.read_entry(in, block);
+        if (read == TVErrC_okEndOfRecord)
+            break;
+        TV_PASS_ON(read);
         if (entry.get_entrytype() == TVSerialisationEntry::E_TaggedField) {
             if (entry.get_tag() == TVDBFormat::C_Version) {
                 const int version = std::atoi(entry.get_value().c_str());
@@ -178,7 +174,7 @@ int TVDBReader::read_block(std::string_view text, bool partial, bool skip_saved,
                                    "Does not handle database version %d (max version handled "
                                    "is %d)",
                                    version, TVDBFormat::C_LatestFileVersion);
-                d->m_databaseFileVersion = version;
+                fileVersion = version;
             } else if (entry.get_tag() == TVDBFormat::C_Transaction && partial) {
                 const std::string& tag = entry.get_value();
                 const int id = TVDBTransaction::read_transaction_tag(tag);
@@ -194,12 +190,14 @@ int TVDBReader::read_block(std::string_view text, bool partial, bool skip_saved,
         if (entry.get_entrytype() != TVSerialisationEntry::E_TaggedClass ||
             !starts_with(entry.get_tag(), TVDBFormat::C_ObjectStart) || localSkip)
             continue;
-        // items stays as it is from here: views of its values hold.
-        const std::string_view objectText =
-            item.m_lines.data() != nullptr ? item.m_lines : std::string_view(entry.get_value());
+        if (block.data() == nullptr) {
+            cleaned.push_back(std::move(entry));
+            block = cleaned.back().get_value();
+        }
+        const std::string_view objectText = block;
         TVObject* made = nullptr;
         std::string_view lines = objectText;
-        TV_PASS_ON(TVObject::read_class(lines, &made, nullptr, d->m_appFileVersion));
+        TV_PASS_ON(TVObject::read_class(lines, &made, nullptr, appVersion));
         std::unique_ptr<TVObject> owned(made);
         auto* object = dynamic_cast<TVDBObject*>(made);
         if (object == nullptr)
@@ -210,7 +208,7 @@ int TVDBReader::read_block(std::string_view text, bool partial, bool skip_saved,
             // The database's own record; the objects after it read with its version.
             blockDb.assign(objectText.data(), objectText.size());
             if (const auto* db = dynamic_cast<const TVDatabase*>(object))
-                d->m_appFileVersion = db->get_appfileversion();
+                appVersion = db->get_appfileversion();
             delete object;
         } else {
             staged.push_back({std::unique_ptr<TVDBObject>(object), objectText});
@@ -222,13 +220,15 @@ int TVDBReader::read_block(std::string_view text, bool partial, bool skip_saved,
         if (TVDBObject* existing = m_db.find_object(s.m_object->get_id())) {
             // A later version replaces the earlier one in place.
             std::string_view lines = s.m_text;
-            TV_PASS_ON(TVObject::read_class(lines, nullptr, existing, d->m_appFileVersion));
+            TV_PASS_ON(TVObject::read_class(lines, nullptr, existing, appVersion));
         } else {
             TVDBObject* object = s.m_object.release();
             d->m_objects.add(object);
             d->m_map[object->get_id()] = object;
         }
     }
+    d->m_databaseFileVersion = fileVersion;
+    d->m_appFileVersion = appVersion;
     skip = localSkip;
     max_id = localMax;
     d->m_partialNextTag = nextTag;
