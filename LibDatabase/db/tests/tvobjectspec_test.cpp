@@ -477,3 +477,20 @@ TEST_F(ObjectSpecTest, BadSpecFilesAreRefusedWithTheirLine)
 }
 
 } // namespace
+
+// Adding objects must not rebuild every container each time: a family's
+// import of thousands of objects was quadratic in that.
+TEST_F(ObjectSpecTest, AddingObjectsWithoutNotesResolvesNothing)
+{
+    struct CountingDB : TVDatabase {
+        void containers_resolved() override { ++m_resolved; }
+        int m_resolved = 0;
+    } db;
+    db.set_app_type(C_AppType);
+    ASSERT_EQ(db.load(m_file, true, std::string(), true, true, true), TVErrC_ok) << take_messages();
+    const int before = db.m_resolved;
+    for (const char* name : {"one", "two", "three"})
+        ASSERT_EQ(add(db, name), TVErrC_ok) << take_messages();
+    EXPECT_EQ(db.m_resolved, before);
+    EXPECT_EQ(names(db), (std::set<std::string>{"one", "two", "three"}));
+}
