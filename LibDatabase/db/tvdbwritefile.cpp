@@ -131,6 +131,7 @@ int tv_db_read_file(const std::string& name, std::string& text)
     if (TVFileFaults::should_fail(TVFileFaults::E_OpRead, name) || !in)
         return tvwarning(TVErrC_FileOpen, TVLOCATION, "Could not open the file %s", name.c_str());
     // Straight into the string: a whole family file is tens of megabytes.
+    // A size the file system doesn't know (a pipe) goes through a stream.
     in.seekg(0, std::ios::end);
     const std::streamoff size = in.tellg();
     in.seekg(0, std::ios::beg);
@@ -138,13 +139,11 @@ int tv_db_read_file(const std::string& name, std::string& text)
         text.resize(static_cast<size_t>(size));
         in.read(&text[0], size);
         text.resize(static_cast<size_t>(in.gcount()));
-    }
-    // A file that grew while it was read, or whose size isn't known.
-    if (size <= 0 || in.gcount() == size) {
+    } else {
         in.clear();
-        std::ostringstream rest;
-        rest << in.rdbuf();
-        text += rest.str();
+        std::ostringstream all;
+        all << in.rdbuf();
+        text = all.str();
     }
     if (in.bad())
         return tvwarning(TVErrC_FileRead, TVLOCATION, "Could not read the file %s", name.c_str());

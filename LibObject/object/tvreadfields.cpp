@@ -287,27 +287,37 @@ void TVReadFields::drop_after(int at, TVSerialisationEntry::E_ReadMode type)
             m_items[static_cast<size_t>(i)].m_taken = true;
 }
 
-int TVReadFields::read_value(TVSrl& srl, const Tag& full, std::string_view tag, bool by_suffix)
+// Hands srl the lines of the tag that are of type, in file order: all of
+// them, or the first and then drops the rest. found tells whether any was.
+int TVReadFields::take_tagged(TVSrl& srl, const Tag& full, TVSerialisationEntry::E_ReadMode type,
+                              bool& found)
 {
     const bool many = srl.handle_multiple();
-    bool found = false;
+    found = false;
     for (int i = find(full); i >= 0; i = m_items[static_cast<size_t>(i)].m_next) {
         const Item& item = m_items[static_cast<size_t>(i)];
-        if (item.m_taken || !is_field(item.m_type))
+        if (item.m_taken || item.m_type != type)
             continue;
         found = true;
         const int result = take(i, srl);
         if (istvwarn(result))
             return result;
         if (!many) {
-            drop_after(i, item.m_type);
-            return TVErrC_ok;
+            drop_after(i, type);
+            break;
         }
     }
-    if (many)
-        return TVErrC_ok;
-    if (found || !by_suffix)
-        return found ? TVErrC_ok : TVErrC_okEndOfFile;
+    return TVErrC_ok;
+}
+
+int TVReadFields::read_value(TVSrl& srl, const Tag& full, std::string_view tag, bool by_suffix)
+{
+    bool found = false;
+    const int result = take_tagged(srl, full, TVSerialisationEntry::E_TaggedField, found);
+    if (istvwarn(result) || srl.handle_multiple() || found)
+        return result;
+    if (!by_suffix)
+        return TVErrC_okEndOfFile;
     // The member under another prefix: its class was renamed or moved. Only
     // later lines of the very tag that was taken go: another prefix with
     // the same suffix is another program's member, kept as unknown.
@@ -315,9 +325,9 @@ int TVReadFields::read_value(TVSrl& srl, const Tag& full, std::string_view tag, 
         const Item& item = m_items[i];
         if (item.m_taken || !is_field(item.m_type) || suffix_of(item.m_tag) != tag)
             continue;
-        const int result = take(static_cast<int>(i), srl);
-        if (istvwarn(result))
-            return result;
+        const int taken = take(static_cast<int>(i), srl);
+        if (istvwarn(taken))
+            return taken;
         drop_after(static_cast<int>(i), item.m_type);
         return TVErrC_ok;
     }
@@ -326,20 +336,11 @@ int TVReadFields::read_value(TVSrl& srl, const Tag& full, std::string_view tag, 
 
 int TVReadFields::read_object(TVSrl& srl, const Tag& full)
 {
-    const bool many = srl.handle_multiple();
-    for (int i = find(full); i >= 0; i = m_items[static_cast<size_t>(i)].m_next) {
-        const Item& item = m_items[static_cast<size_t>(i)];
-        if (item.m_taken || item.m_type != TVSerialisationEntry::E_TaggedClass)
-            continue;
-        const int result = take(i, srl);
-        if (istvwarn(result))
-            return result;
-        if (!many) {
-            drop_after(i, item.m_type);
-            return TVErrC_ok;
-        }
-    }
-    return many ? TVErrC_ok : TVErrC_okEndOfFile;
+    bool found = false;
+    const int result = take_tagged(srl, full, TVSerialisationEntry::E_TaggedClass, found);
+    if (istvwarn(result) || srl.handle_multiple() || found)
+        return result;
+    return TVErrC_okEndOfFile;
 }
 
 int TVReadFields::read_string(const Tag& full, std::string& value)

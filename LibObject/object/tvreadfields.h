@@ -103,6 +103,8 @@ private:
     void index();
     int find(const Tag& full) const;
     int take(int at, TVSrl& srl);
+    int take_tagged(TVSrl& srl, const Tag& full, TVSerialisationEntry::E_ReadMode type,
+                    bool& found);
     void drop_after(int at, TVSerialisationEntry::E_ReadMode type);
 
     TVObject* m_object = nullptr;
